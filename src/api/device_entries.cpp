@@ -1,0 +1,75 @@
+#include "api/entries.h"
+#include "api/entry.h"
+#include "api/failures.h"
+#include "recorders/device_recorders.h"
+
+namespace kiv::api {
+namespace {
+
+using session::SaverDevice;
+using session::Session;
+
+constexpr CreationFailures kCreationFailures = {kDeviceOutIsNull,
+                                                kDeviceNotCreated};
+
+Found<SaverDevice> findDevice(Session& session, Kiv_DeviceHandle_t handle) {
+  return lookUp(
+      handle, kDeviceIsNull, kDeviceIsUnknown,
+      [&](session::Handle known) { return session.devices().find(known); });
+}
+
+}  // namespace
+
+Code deviceGetPlatformInfo(
+    Kiv_LogHandle_t, const KivDevice_PlatformInfo_t** platformInfo) noexcept {
+  return enter([&](Session& session) {
+    return recorders::recordDeviceGetPlatformInfo(session, platformInfo);
+  });
+}
+
+Code deviceGetInfrastructure(
+    KivDevice_Infrastructure_t* infrastructure) noexcept {
+  return enter([&](Session& session) {
+    return recorders::recordDeviceGetInfrastructure(session, infrastructure);
+  });
+}
+
+Code deviceCreate(Kiv_LogHandle_t, const KivDevice_Config_t** config,
+                  Kiv_DeviceHandle_t* device) noexcept {
+  return enter([&](Session& session) {
+    return create(session, session.devices(), &Session::newDevice, device,
+                  kCreationFailures, [&](const SaverDevice& created) {
+                    return recorders::recordDeviceCreate(session, created,
+                                                         config);
+                  });
+  });
+}
+
+Code deviceSetConfig(Kiv_DeviceHandle_t handle,
+                     const KivDevice_Config_t** config) noexcept {
+  return enter([&](Session& session) {
+    const auto device = findDevice(session, handle);
+    return device ? recorders::recordDeviceSetConfig(session, *device, config)
+                  : device.status;
+  });
+}
+
+Code deviceGetInfo(Kiv_DeviceHandle_t handle,
+                   const KivDevice_PlatformInfo_t** platformInfo) noexcept {
+  return enter([&](Session& session) {
+    const auto device = findDevice(session, handle);
+    return device
+               ? recorders::recordDeviceGetInfo(session, *device, platformInfo)
+               : device.status;
+  });
+}
+
+Code deviceFree(Kiv_DeviceHandle_t handle) noexcept {
+  return enter([&](Session& session) {
+    const auto device = findDevice(session, handle);
+    return device ? recorders::recordDeviceFree(session, *device)
+                  : device.status;
+  });
+}
+
+}  // namespace kiv::api

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <memory>
+#include <new>
+
+#include "KivCommon.h"
+#include "diagnostics/failure.h"
+#include "session/session.h"
+
+namespace kiv::api {
+
+// The shapes that entry functions are made of. An entry reads from top to
+// bottom in the order of its checks; one above enter() is made before the
+// session starts, one inside after it.
+
+constexpr Kiv_ErrorHandle_t toCode(Status status) {
+  return static_cast<Kiv_ErrorHandle_t>(status);
+}
+
+// Runs `body`, and turns what it throws into a status: no exception crosses the
+// API.
+template <typename Body>
+Kiv_ErrorHandle_t guarded(Body&& body) noexcept {
+  try {
+    return toCode(body());
+  } catch (...) {
+    return toCode(Status::kOutOfMemory);
+  }
+}
+
+// Starts the session if need be and runs `body` with it.
+template <typename Body>
+Kiv_ErrorHandle_t enter(Body&& body) noexcept {
+  return guarded([&] {
+    session::Session* session = session::Session::current();
+    if (session == nullptr || !ok(session->ensureStarted()))
+      return Status::kNotStarted;
+    return body(*session);
+  });
+}
+
+// An object looked up for a handle, held for the whole call, or why there is
+// none.
+template <typename Object>
+struct Found {
+  std::shared_ptr<Object> object;
+  Status status = Status::kOk;
+
+  explicit operator bool() const { return object != nullptr; }
+  Object& operator*() const { return *object; }
+  Object* operator->() const { return object.get(); }
+};
+
+// `find` gives the object of a handle, or null.
+template <typename Find>
+auto lookUp(void* handle, const Failure& ifNull, const Failure& ifUnknown,
+            Find&& find)
+    -> Found<typename decltype(find(session::Handle{}))::element_type> {
+  if (handle == nullptr) return {nullptr, fail(ifNull)};
+  auto object = find(session::fromApi(handle));
+  if (object == nullptr) return {nullptr, fail(ifUnknown)};
+  return {std::move(object)};
+}
+
+inline Found<session::SaverContext> lookUpContext(session::Session& session,
+                                                  Kiv_ContextHandle_t handle,
+                                                  const Failure& ifNull,
+                                                  const Failure& ifUnknown) {
+  return lookUp(handle, ifNull, ifUnknown, [&](session::Handle known) {
+    return session.contexts().find(known);
+  });
+}
+
+// What differs between the creations of contexts, devices and profiles.
+struct CreationFailures {
+  Failure outIsNull;
+  Failure notCreated;
+};
+
+// Creates an object, records its creation with `record` and hands out its
+// handle if that succeeded. The out-pointer holds 0 until then. An object whose
+// recording failed stays registered, unknown to the client.
+template <typename Object, typename Record>
+Status create(session::Session& session, session::Registry<Object>& registry,
+              session::Handle (session::Session::*makeObject)(), void** out,
+              const CreationFailures& failures, Record&& record) {
+  if (out == nullptr) return fail(failures.outIsNull);
+  *out = nullptr;
+  const session::Handle handle = (session.*makeObject)();
+  const auto object = registry.find(handle);
+  if (object == nullptr) return fail(failures.notCreated);
+  const Status status = record(*object);
+  if (ok(status)) *out = session::toApi(handle);
+  return status;
+}
+
+}  // namespace kiv::api

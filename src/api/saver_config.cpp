@@ -1,0 +1,162 @@
+#include <array>
+#include <ctime>
+#include <string>
+
+#include "Saver/KivSaver.h"
+#include "api/entry.h"
+#include "output/output_files.h"
+#include "platform/local_time.h"
+#include "writers/enum_value.h"
+
+namespace kiv::api {
+namespace {
+
+using output::OutputChanges;
+using session::Session;
+
+constexpr const char* kDefaultDirectory = "./saver_output/";
+constexpr const char* kNullDirectory =
+    "NULL output path provided, defaulting to ./saver_output/";
+constexpr const char* kEmptyDirectory =
+    "Empty output path provided, defaulting to ./saver_output/";
+
+constexpr Failure kNullFileName = {Status::kInvalidArgument,
+                                   "Model filename or data filename are NULL"};
+constexpr Failure kSlashInFileName = {
+    Status::kInvalidArgument,
+    "Model filename or data filename contain slashes"};
+constexpr Failure kUnknownOption = {
+    Status::kInvalidArgument, "Unknown Saver config option provided: %ld"};
+
+constexpr Failure kStampTooLate = {
+    Status::kOptionTiming,
+    "KIV_SAVER_CONFIG_OPTION_APPEND_TIMESTAMP must be provided before any "
+    "other KIV APIs are called"};
+constexpr Failure kBackendIdAlone = {
+    Status::kOptionTiming,
+    "KIV_SAVER_CONFIG_OPTION_BACKEND_ID must be provided concurrently with "
+    "KIV_SAVER_CONFIG_OPTION_FILE_CONFIG if provided after any other KIV APIs "
+    "have been called"};
+constexpr Failure kDirectoryAlone = {
+    Status::kOptionTiming,
+    "KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY must be provided concurrently "
+    "with KIV_SAVER_CONFIG_OPTION_FILE_CONFIG if provided after any other KIV "
+    "APIs have been called"};
+constexpr Failure kHeaderAlone = {
+    Status::kOptionTiming,
+    "KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER must be provided concurrently with "
+    "KIV_SAVER_CONFIG_OPTION_FILE_CONFIG"};
+constexpr Failure kFooterAlone = {
+    Status::kOptionTiming,
+    "KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER must be provided concurrently with "
+    "KIV_SAVER_CONFIG_OPTION_FILE_CONFIG"};
+
+// The names of both files with the time in them, and the time as people write
+// it.
+void stampFileNames(OutputChanges& changes) {
+  const std::tm now = platform::localTime();
+  std::array<char, 32> text{};
+  const auto format = [&](const char* pattern) {
+    return std::string(text.data(),
+                       std::strftime(text.data(), text.size(), pattern, &now));
+  };
+  changes.timeStamp = format("%m-%d-%Y_%H:%M:%S");
+  const std::string stamp = format("%m-%d-%Y_%H_%M_%S");
+  changes.stampedNames = OutputChanges::FileNames{
+      "saver_output_" + stamp + ".c", "params_" + stamp + ".bin"};
+}
+
+std::string directoryFrom(const char* text) {
+  if (text != nullptr && *text != '\0') return text;
+  log::log(log::Level::kWarning,
+           text == nullptr ? kNullDirectory : kEmptyDirectory);
+  return kDefaultDirectory;
+}
+
+Status readFileNames(const KivSaver_FileConfig_t& config,
+                     OutputChanges& changes) {
+  if (config.modelFileName == nullptr || config.dataFileName == nullptr)
+    return fail(kNullFileName);
+  const std::string model = config.modelFileName;
+  const std::string data = config.dataFileName;
+  if ((model + data).find_first_of("/\\") != std::string::npos)
+    return fail(kSlashInFileName);
+  changes.fileNames = OutputChanges::FileNames{model, data};
+  return Status::kOk;
+}
+
+// What the client gave; the time stamp counts as given whatever its value.
+struct Given {
+  OutputChanges changes;
+  bool timeStamp = false;
+};
+
+Status readOption(const KivSaver_Config_t& config, Given& given) {
+  const std::uint32_t option = writers::enumValue(config.option);
+  switch (option) {
+    case KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY:
+      given.changes.directory = directoryFrom(config.outputDirectory);
+      return Status::kOk;
+    case KIV_SAVER_CONFIG_OPTION_APPEND_TIMESTAMP:
+      given.timeStamp = true;
+      if (config.appendTimestamp != 0) stampFileNames(given.changes);
+      return Status::kOk;
+    case KIV_SAVER_CONFIG_OPTION_BACKEND_ID:
+      given.changes.backendId = config.backendId;
+      return Status::kOk;
+    case KIV_SAVER_CONFIG_OPTION_FILE_CONFIG:
+      return readFileNames(config.fileConfig, given.changes);
+    case KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER:
+      given.changes.writeHeader = config.writeHeader != 0;
+      return Status::kOk;
+    case KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER:
+      given.changes.writeFooter = config.writeFooter != 0;
+      return Status::kOk;
+    default:
+      return fail(kUnknownOption, static_cast<long>(option));
+  }
+}
+
+Status readOptions(const KivSaver_Config_t** config, Given& given) {
+  for (; config != nullptr && *config != nullptr; ++config) {
+    if (const Status s = readOption(**config, given); !ok(s)) return s;
+  }
+  return Status::kOk;
+}
+
+Status checkTiming(const Given& given, bool started) {
+  const OutputChanges& changes = given.changes;
+  const bool withFileNames = changes.fileNames.has_value();
+  if (started && given.timeStamp) return fail(kStampTooLate);
+  if (withFileNames) return Status::kOk;
+  if (started && changes.backendId) return fail(kBackendIdAlone);
+  if (started && changes.directory) return fail(kDirectoryAlone);
+  if (changes.writeHeader) return fail(kHeaderAlone);
+  if (changes.writeFooter) return fail(kFooterAlone);
+  return Status::kOk;
+}
+
+Status initialize(Session& session, const KivSaver_Config_t** config) {
+  Given given;
+  if (const Status s = readOptions(config, given); !ok(s)) return s;
+  // Another thread may start the session in between; then the rules are
+  // others.
+  for (;;) {
+    const bool started = session.files().started();
+    if (const Status s = checkTiming(given, started); !ok(s)) return s;
+    if (const auto status = session.files().configure(given.changes, started))
+      return *status;
+  }
+}
+
+}  // namespace
+}  // namespace kiv::api
+
+Kiv_ErrorHandle_t KivSaver_initialize(const KivSaver_Config_t** config) {
+  using namespace kiv;
+  return api::guarded([&] {
+    session::Session* session = session::Session::current();
+    return session == nullptr ? Status::kBackendError
+                              : api::initialize(*session, config);
+  });
+}

@@ -1,0 +1,144 @@
+#include "output/output_files.h"
+
+#include "output/program_frame.h"
+
+namespace kiv::output {
+namespace {
+
+// Cuts a file back to where it ended before a call, unless the call is kept.
+class Undo {
+ public:
+  explicit Undo(OutputStream& stream) : stream_(stream), mark_(stream.mark()) {}
+  ~Undo() {
+    if (!kept_ && mark_) stream_.restore(*mark_);
+  }
+  Undo(const Undo&) = delete;
+  Undo& operator=(const Undo&) = delete;
+
+  void keep() { kept_ = true; }
+
+ private:
+  OutputStream& stream_;
+  std::optional<std::uint64_t> mark_;
+  bool kept_ = false;
+};
+
+constexpr const char* kOverwriting =
+    "The output files are switched to files of the recording just written, "
+    "which is thrown away";
+
+std::string pathOf(const OutputSettings& settings, const std::string& file) {
+  const bool slash =
+      !settings.directory.empty() && settings.directory.back() != '/';
+  return settings.directory + (slash ? "/" : "") + file;
+}
+
+bool sharesAFile(const OutputSettings& a, const OutputSettings& b) {
+  return pathOf(a, a.modelFileName) == pathOf(b, b.modelFileName) ||
+         pathOf(a, a.dataFileName) == pathOf(b, b.dataFileName);
+}
+
+}  // namespace
+
+OutputFiles::OutputFiles()
+    : data_(settings_.directory, settings_.dataFileName),
+      model_(settings_.directory, settings_.modelFileName) {}
+
+Status OutputFiles::start() {
+  if (started_) return Status::kOk;
+  const std::lock_guard lock(mutex_);
+  if (started_) return Status::kOk;
+  if (!openBoth()) return Status::kNotStarted;
+  started_ = true;
+  return Status::kOk;
+}
+
+bool OutputFiles::openBoth() {
+  useSettings();
+  if (model_.open() && writeHeader() && data_.open()) return true;
+  if (model_.isOpen()) model_.close();
+  return false;
+}
+
+// Without a header both files are continued: several sessions can write one
+// program together.
+void OutputFiles::useSettings() {
+  model_.setLocation(settings_.directory, settings_.modelFileName);
+  model_.setFrame(settings_.writeHeader, settings_.writeFooter);
+  data_.setLocation(settings_.directory, settings_.dataFileName);
+  data_.setAppend(!settings_.writeHeader);
+}
+
+bool OutputFiles::writeHeader() {
+  return model_.writeHeader(headersOfBackend(backendId_),
+                            settings_.dataFileName, settings_.timeStamp);
+}
+
+std::optional<Status> OutputFiles::configure(const OutputChanges& changes,
+                                             bool expectStarted) {
+  Messages messages;
+  const std::lock_guard lock(mutex_);
+  if (started_ != expectStarted) return std::nullopt;
+  const OutputSettings before = settings_;
+  apply(changes);
+  if (!started_ || !changes.fileNames) return Status::kOk;
+  if (settings_.writeHeader && sharesAFile(before, settings_))
+    messages.warn(kOverwriting);
+  return switchFiles(messages);
+}
+
+void OutputFiles::apply(const OutputChanges& changes) {
+  if (changes.directory) settings_.directory = *changes.directory;
+  if (changes.backendId) backendId_ = *changes.backendId;
+  if (changes.writeHeader) settings_.writeHeader = *changes.writeHeader;
+  if (changes.writeFooter) settings_.writeFooter = *changes.writeFooter;
+  const auto& names =
+      changes.stampedNames ? changes.stampedNames : changes.fileNames;
+  if (!names) return;
+  settings_.modelFileName = names->model;
+  settings_.dataFileName = names->data;
+  settings_.timeStamp = changes.timeStamp;
+}
+
+// Ends the program being written and begins another one. A failure leaves the
+// files in the state reached; what is not open then needs no ending next time.
+Status OutputFiles::switchFiles(Messages& messages) {
+  const auto failed = [&messages](const char* message) {
+    return messages.fail({Status::kBackendError, message});
+  };
+  if (model_.isOpen() && !model_.writeFooter())
+    return failed("Failure when writing model footer");
+  if (model_.isOpen() && !model_.close())
+    return failed("Failure when closing model file");
+  if (data_.isOpen() && !data_.close())
+    return failed("Failure when closing data file");
+  ++program_;
+  useSettings();
+  if (!model_.open()) return failed("Failure when opening model file");
+  if (!writeHeader()) return failed("Failure when writing model header");
+  if (!data_.open()) return failed("Failure when opening data file");
+  return Status::kOk;
+}
+
+Status OutputFiles::append(const std::vector<DataRun>& runs,
+                           std::string_view text,
+                           const WriteFailures& failures) {
+  const std::lock_guard lock(mutex_);
+  return writeCall(runs, text, failures);
+}
+
+Status OutputFiles::writeCall(const std::vector<DataRun>& runs,
+                              std::string_view text,
+                              const WriteFailures& failures) {
+  Undo undoData(data_.stream());
+  Undo undoModel(model_.stream());
+  for (const DataRun& run : runs) {
+    if (!data_.write(run)) return failures.data;
+  }
+  if (!model_.writeString(text)) return failures.text;
+  undoData.keep();
+  undoModel.keep();
+  return Status::kOk;
+}
+
+}  // namespace kiv::output

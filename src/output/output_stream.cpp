@@ -1,0 +1,87 @@
+#include "output/output_stream.h"
+
+#include "diagnostics/failure.h"
+
+namespace kiv::output {
+namespace {
+
+using log::Level;
+
+bool failed(const char* message) {
+  log::log(Level::kError, message);
+  return false;
+}
+
+// The text's "pal::Directory::create" stands as it is known to users.
+bool ensureDirectory(const std::string& path) {
+  if (platform::pathExists(path)) {
+    if (platform::isDirectory(path)) return true;
+    log::log(Level::kError, "%s already exists", path.c_str());
+    return false;
+  }
+  if (platform::createDirectory(path) || platform::isDirectory(path))
+    return true;
+  return failed("Could not create directory, pal::Directory::create failed");
+}
+
+}  // namespace
+
+OutputStream::~OutputStream() {
+  if (stream_ != nullptr) close();
+}
+
+bool OutputStream::open(std::string& directory, const std::string& fileName,
+                        platform::OpenMode mode) {
+  if (stream_ != nullptr) return failed("File has already been opened");
+  if (!directory.empty()) {
+    if (!ensureDirectory(directory)) return false;
+    if (directory.back() != '/') directory += '/';
+  }
+  stream_ = platform::openForWriting(directory + fileName, mode);
+  damaged_ = false;
+  if (stream_ != nullptr) return true;
+  log::log(Level::kError, "Could not open file: %s", fileName.c_str());
+  return false;
+}
+
+std::optional<std::size_t> OutputStream::write(const void* elements,
+                                               std::size_t elementSize,
+                                               std::size_t count) {
+  if (stream_ == nullptr) {
+    failed("Could not write data, FILE* is NULL");
+    return std::nullopt;
+  }
+  if (damaged_) {
+    failed("Could not write data, the file holds a call that is not whole");
+    return std::nullopt;
+  }
+  if (count == 0 || elementSize == 0) return count;
+  return std::fwrite(elements, elementSize, count, stream_);
+}
+
+bool OutputStream::flush() {
+  if (std::fflush(stream_) == 0) return true;
+  return failed("Failed to flush the file stream");
+}
+
+bool OutputStream::close() {
+  if (stream_ == nullptr) return failed("Could not close file, FILE* is NULL");
+  if (std::fclose(stream_) != 0) return failed("Failed to close the file");
+  stream_ = nullptr;
+  return true;
+}
+
+std::optional<std::uint64_t> OutputStream::mark() {
+  return stream_ == nullptr ? std::nullopt : platform::fileSize(stream_);
+}
+
+void OutputStream::restore(std::uint64_t mark) {
+  if (stream_ == nullptr) return;
+  std::clearerr(stream_);
+  if (platform::fileSize(stream_) == mark) return;
+  if (platform::truncateFile(stream_, mark)) return;
+  damaged_ = true;
+  failed("Could not undo a failed write, nothing more is written to the file");
+}
+
+}  // namespace kiv::output

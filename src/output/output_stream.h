@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/files.h"
+
+namespace kiv::output {
+
+// One open file of the recording, which a call that cannot be written whole
+// leaves as it was. Failures are logged and told by the result.
+class OutputStream {
+ public:
+  OutputStream() = default;
+  ~OutputStream();
+  OutputStream(const OutputStream&) = delete;
+  OutputStream& operator=(const OutputStream&) = delete;
+
+  // Creates the directory if need be (one level) and opens the file. A "/" is
+  // appended to a directory that lacks one; an empty directory stays empty.
+  bool open(std::string& directory, const std::string& fileName,
+            platform::OpenMode mode);
+  bool isOpen() const { return stream_ != nullptr; }
+
+  // Appends `count` elements; returns how many were written, or nothing when
+  // there is no stream to write to. All or nothing is the caller's to make, by
+  // mark() and restore().
+  std::optional<std::size_t> write(const void* elements,
+                                   std::size_t elementSize, std::size_t count);
+  bool flush();
+  bool close();
+
+  // Where the file ends, before a call is written.
+  std::optional<std::uint64_t> mark();
+
+  // Cuts the file back to a mark. If that fails nothing is written any more:
+  // whatever followed would be read at the wrong place.
+  void restore(std::uint64_t mark);
+
+ private:
+  std::FILE* stream_ = nullptr;
+  bool damaged_ = false;
+};
+
+}  // namespace kiv::output

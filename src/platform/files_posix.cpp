@@ -1,0 +1,64 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/files.h"
+
+namespace kiv::platform {
+namespace {
+
+constexpr mode_t kFileAccess = 0666;
+constexpr mode_t kDirectoryAccess = 0777;
+
+// A name with a trailing slash can only be that of a directory, so a file in
+// its place is found without the slash.
+std::string withoutTrailingSlashes(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+}  // namespace
+
+std::FILE* openForWriting(const std::string& path, OpenMode mode) {
+  const bool append = mode == OpenMode::kAppend;
+  const int flags =
+      O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : O_TRUNC);
+  const int descriptor = ::open(path.c_str(), flags, kFileAccess);
+  if (descriptor < 0) return nullptr;
+  std::FILE* stream = ::fdopen(descriptor, append ? "ab" : "wb");
+  if (stream == nullptr) {
+    ::close(descriptor);
+    return nullptr;
+  }
+  std::setvbuf(stream, nullptr, _IONBF, 0);
+  return stream;
+}
+
+std::optional<std::uint64_t> fileSize(std::FILE* stream) {
+  struct stat info {};
+  if (::fstat(::fileno(stream), &info) != 0) return std::nullopt;
+  return static_cast<std::uint64_t>(info.st_size);
+}
+
+bool truncateFile(std::FILE* stream, std::uint64_t size) {
+  const auto end = static_cast<off_t>(size);
+  return ::ftruncate(::fileno(stream), end) == 0 &&
+         ::fseeko(stream, end, SEEK_SET) == 0;
+}
+
+bool pathExists(const std::string& path) {
+  struct stat info {};
+  return ::stat(withoutTrailingSlashes(path).c_str(), &info) == 0;
+}
+
+bool isDirectory(const std::string& path) {
+  struct stat info {};
+  return ::stat(withoutTrailingSlashes(path).c_str(), &info) == 0 &&
+         S_ISDIR(info.st_mode);
+}
+
+bool createDirectory(const std::string& path) {
+  return ::mkdir(path.c_str(), kDirectoryAccess) == 0;
+}
+
+}  // namespace kiv::platform

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <ctime>
+
+namespace kiv::platform {
+
+// The current time in the system's time zone, to the second.
+std::tm localTime();
+
+}  // namespace kiv::platform
