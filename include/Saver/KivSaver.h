@@ -13,7 +13,7 @@
  * "saver_output.c" and the data file "params.bin".
  */
 
-#include "KivCommon.h"
+#include "../KivCommon.h"
 
 KIV_EXTERN_C_BEGIN
 

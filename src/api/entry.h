@@ -32,10 +32,10 @@ Kiv_ErrorHandle_t guarded(Body&& body) noexcept {
 template <typename Body>
 Kiv_ErrorHandle_t enter(Body&& body) noexcept {
   return guarded([&] {
-    session::Session* session = session::Session::current();
-    if (session == nullptr || !ok(session->ensureStarted()))
+    const session::SessionUse use;
+    if (use.get() == nullptr || !ok(use.get()->ensureStarted()))
       return Status::kNotStarted;
-    return body(*session);
+    return body(*use.get());
   });
 }
 

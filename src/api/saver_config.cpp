@@ -155,8 +155,8 @@ Status initialize(Session& session, const KivSaver_Config_t** config) {
 Kiv_ErrorHandle_t KivSaver_initialize(const KivSaver_Config_t** config) {
   using namespace kiv;
   return api::guarded([&] {
-    session::Session* session = session::Session::current();
-    return session == nullptr ? Status::kBackendError
-                              : api::initialize(*session, config);
+    const session::SessionUse use;
+    return use.get() == nullptr ? Status::kBackendError
+                                : api::initialize(*use.get(), config);
   });
 }

@@ -1,23 +1,65 @@
 #include "session/session.h"
 
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace kiv::session {
 namespace {
 
+// Whoever begins a call raises the count and then looks whether the session has
+// ended; the end is told first and then waits for the count. So either the call
+// sees the end or the end sees the call.
 constinit std::atomic<bool> hasEnded = false;
+constinit std::atomic<std::uint32_t> callsUnderWay = 0;
+// Those of this thread: a client's log callback may exit the process.
+constinit thread_local std::uint32_t callsOfThisThread = 0;
 
-struct Holder {
-  Session session;
-  ~Holder() { hasEnded = true; }
+bool waitForOtherCalls() {
+  constexpr auto kStep = std::chrono::milliseconds(1);
+  constexpr int kMostSteps = 5000;
+  for (int i = 0; i < kMostSteps; ++i) {
+    if (callsUnderWay == callsOfThisThread) return true;
+    std::this_thread::sleep_for(kStep);
+  }
+  return false;
+}
+
+// The session in storage that outlives it. One that is still in use at the end,
+// by a thread that hangs or was killed, is left as it is: its recording lacks
+// nothing but the footer.
+class Holder {
+ public:
+  Holder() : session_(new Session) {}
+  ~Holder() {
+    hasEnded = true;
+    if (waitForOtherCalls()) delete session_;
+  }
+  Holder(const Holder&) = delete;
+  Holder& operator=(const Holder&) = delete;
+
+  Session* session() const { return session_; }
+
+ private:
+  Session* const session_;
 };
+
+Session* theSession() {
+  static const Holder holder;
+  return holder.session();
+}
 
 }  // namespace
 
-Session* Session::current() {
-  if (hasEnded) return nullptr;
-  static Holder holder;
-  return &holder.session;
+SessionUse::SessionUse() {
+  ++callsOfThisThread;
+  ++callsUnderWay;
+  if (!hasEnded) session_ = theSession();
+}
+
+SessionUse::~SessionUse() {
+  --callsUnderWay;
+  --callsOfThisThread;
 }
 
 template <typename Object>

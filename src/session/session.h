@@ -20,10 +20,6 @@ namespace kiv::session {
 // is unloaded or the process exits, finishes the files. From any thread.
 class Session {
  public:
-  // The one session, or null once it has ended: a call may come from a client's
-  // own exit handler.
-  static Session* current();
-
   // Opens the output files unless they are open.
   Status ensureStarted() { return files_.start(); }
 
@@ -68,6 +64,22 @@ class Session {
   GraphIndex graphs_;
   BackendTable backends_;
   std::atomic<std::uint32_t> nextTensorId_ = 1;
+};
+
+// Holds on to the one session for the length of a call. get() is null once the
+// session has ended: a call may come from a client's own exit handler. The
+// session's end waits for calls that are under way on other threads.
+class SessionUse {
+ public:
+  SessionUse();
+  ~SessionUse();
+  SessionUse(const SessionUse&) = delete;
+  SessionUse& operator=(const SessionUse&) = delete;
+
+  Session* get() const { return session_; }
+
+ private:
+  Session* session_ = nullptr;
 };
 
 }  // namespace kiv::session
