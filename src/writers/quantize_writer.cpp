@@ -13,8 +13,15 @@ constexpr Failure kMissingArray = {
     Status::kNotSupported,
     "Quantization parameters count %ld elements but their array is NULL"};
 
+std::string braced(const Texts& texts) {
+  std::string result = "{";
+  result += output::joined(texts);
+  result += '}';
+  return result;
+}
+
 std::string pairText(float scale, std::int32_t offset) {
-  return "{" + floatText(scale) + ", " + decimal(offset) + "}";
+  return braced({floatText(scale), decimal(offset)});
 }
 
 Status writeAxisScaleOffset(WriteScope& scope,
@@ -56,8 +63,8 @@ Status writeBwAxisScaleOffset(WriteScope& scope,
 }
 
 std::string bwScaleOffsetText(const Kiv_BwScaleOffset_t& encoding) {
-  return "{" + decimal(encoding.bitwidth) + ", " + floatText(encoding.scale) +
-         ", " + decimal(encoding.offset) + "}";
+  return braced({decimal(encoding.bitwidth), floatText(encoding.scale),
+                 decimal(encoding.offset)});
 }
 
 // Writes what the chosen member of the record's union needs, and gives the

@@ -69,7 +69,7 @@ std::string writeNumbers(WriteScope& scope, const char* type,
 std::string writeClientBuffer(WriteScope& scope, const Kiv_TensorV1_t& tensor,
                               const std::string& name) {
   const Kiv_ClientBuffer_t& buffer = tensor.clientBuf;
-  const std::string record = name + "_clientBuf";
+  std::string record = name + "_clientBuf";
   if (buffer.data == nullptr) {
     scope.code.emitStruct("Kiv_ClientBuffer_t", record, {"NULL", "0"});
     return record;
