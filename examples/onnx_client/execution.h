@@ -1,0 +1,51 @@
+#ifndef ONNX_CLIENT_EXECUTION_H
+#define ONNX_CLIENT_EXECUTION_H
+
+// The inputs and outputs of a network's executions.
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "network.h"
+
+namespace onnx_client {
+
+class Execution {
+ public:
+  // Reads the files, in the order of the inputs; inputs without one get random
+  // values, new ones for each execution. A ClientError for a file that doesn't
+  // fit its input, NotAccepted for a network that needs more than 2 GiB.
+  Execution(Network& network, const std::vector<std::string>& files,
+            uint64_t seed);
+
+  // Random values for the inputs that have them, zeroes for the outputs.
+  void prepare();
+
+  // Records with data, valid until the execution ends.
+  std::vector<Kiv_Tensor_t> inputs() { return records(inputs_); }
+  std::vector<Kiv_Tensor_t> outputs() { return records(outputs_); }
+
+  // Bytes of all inputs and outputs.
+  uint64_t bytes() const;
+
+ private:
+  struct Buffer {
+    Tensor* tensor;
+    bool random;
+    std::vector<uint8_t> data;
+  };
+
+  void checkSize(const Network& network) const;
+  void readInput(const std::string& path, Buffer& buffer);
+  static std::vector<Kiv_Tensor_t> records(std::vector<Buffer>& buffers);
+
+  std::mt19937_64 generator_;
+  std::vector<Buffer> inputs_;
+  std::vector<Buffer> outputs_;
+};
+
+}  // namespace onnx_client
+
+#endif

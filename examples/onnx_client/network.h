@@ -1,0 +1,82 @@
+#ifndef ONNX_CLIENT_NETWORK_H
+#define ONNX_CLIENT_NETWORK_H
+
+// A network in the terms of the Kiv API, free of the format it was read from.
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "KivInterface.h"
+
+namespace onnx_client {
+
+struct Graph;
+
+struct Shape {
+  bool known = false;
+  std::vector<uint32_t> dimensions;
+  // One flag a dimension, 1 where the size was not given and is taken as 1;
+  // empty if all sizes were given.
+  std::vector<uint8_t> dynamic;
+};
+
+struct Tensor {
+  std::string name;
+  Kiv_TensorType_t type = KIV_TENSOR_TYPE_NATIVE;
+  Kiv_DataType_t dataType = KIV_DATA_TYPE_UNDEFINED;
+  Shape shape;
+  // Of static tensors and tensor parameters.
+  std::vector<uint8_t> data;
+  // Used by a graph below the one it belongs to.
+  bool shared = false;
+  // Written by the library when the tensor is created.
+  uint32_t id = 0;
+};
+
+// Index of a tensor in Network::tensors.
+using TensorIndex = size_t;
+
+// An optional input or output that a node leaves out.
+inline constexpr TensorIndex kAbsent = std::numeric_limits<TensorIndex>::max();
+
+struct Parameter {
+  std::string name;
+  // A graph is passed on as the name of a subgraph.
+  std::variant<float, int32_t, std::string, Tensor, std::unique_ptr<Graph>>
+      value;
+};
+
+struct Node {
+  std::string name;
+  std::string package;
+  std::string type;
+  std::vector<Parameter> parameters;
+  std::vector<TensorIndex> inputs;
+  std::vector<TensorIndex> outputs;
+};
+
+struct Graph {
+  std::string name;
+  // In the order of their creation.
+  std::vector<TensorIndex> tensors;
+  std::vector<TensorIndex> inputs;
+  std::vector<TensorIndex> outputs;
+  std::vector<Node> nodes;
+};
+
+struct Network {
+  // The tensors of all graphs; their names are unique.
+  std::vector<Tensor> tensors;
+  Graph graph;
+  // What the user should know, a line each.
+  std::vector<std::string> notes;
+};
+
+}  // namespace onnx_client
+
+#endif

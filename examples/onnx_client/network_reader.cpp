@@ -1,0 +1,42 @@
+#include "network_reader.h"
+
+#include <google/protobuf/stubs/logging.h>
+
+#include "errors.h"
+#include "files.h"
+#include "graph_reader.h"
+#include "shapes.h"
+
+namespace onnx_client {
+
+namespace {
+
+onnx::ModelProto parseModel(const std::string& path) {
+  const std::string bytes = readFile(path);
+  google::protobuf::SetLogHandler(nullptr);  // the error below says it all
+  onnx::ModelProto model;
+  if (!model.ParseFromString(bytes)) {
+    throw ClientError(path + " is not an ONNX network");
+  }
+  return model;
+}
+
+}  // namespace
+
+Network readNetwork(const std::string& path) {
+  onnx::ModelProto model = parseModel(path);
+  if (!model.has_graph()) throw ClientError(path + " holds no graph");
+  return readNetwork(model);
+}
+
+Network readNetwork(onnx::ModelProto& model) {
+  if (model.functions_size() > 0) {
+    throw NotAccepted("the network defines functions of its own");
+  }
+  Network network;
+  const OpenShapes openShapes = settleShapes(model, network.notes);
+  GraphReader(network, openShapes).readMain(model.graph());
+  return network;
+}
+
+}  // namespace onnx_client

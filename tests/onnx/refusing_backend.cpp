@@ -1,0 +1,74 @@
+// A backend that answers all calls but one: the one that KIV_REFUSE names fails
+// with 5999. Prints its own name for each object that is freed.
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "KivInterface.h"
+
+namespace {
+
+int object;
+uint32_t nextTensorId = 1;
+
+Kiv_ErrorHandle_t answer(const char* name) {
+  const char* refused = std::getenv("KIV_REFUSE");
+  const bool refuse = refused != nullptr && std::strcmp(refused, name) == 0;
+  return refuse ? KIV_CONTEXT_ERROR_GENERAL : KIV_SUCCESS;
+}
+
+Kiv_ErrorHandle_t create(const char* name, void** handle) {
+  *handle = &object;
+  return answer(name);
+}
+
+Kiv_ErrorHandle_t release(const char* name) {
+  std::puts(name);
+  return answer(name);
+}
+
+KivInterface_t provider() {
+  KivInterface_t made{};
+  made.apiVersion.coreApiVersion.majorVersion = KIV_CORE_API_VERSION_MAJOR;
+  auto& api = made.KIV_INTERFACE_VER_NAME;
+  api.backendCreate = [](auto, auto, auto* out) {
+    return create("backendCreate", out);
+  };
+  api.backendFree = [](auto) { return release("backendFree"); };
+  api.contextCreate = [](auto, auto, auto, auto* out) {
+    return create("contextCreate", out);
+  };
+  // A recorder's answers: there is no binary.
+  api.contextGetBinarySize = [](auto, auto*) -> Kiv_ErrorHandle_t {
+    return KIV_BACKEND_ERROR_NOTHING_TO_REPORT;
+  };
+  api.contextGetBinary = [](auto, auto*, auto, auto*) -> Kiv_ErrorHandle_t {
+    return KIV_BACKEND_ERROR_NOTHING_TO_REPORT;
+  };
+  api.contextFree = [](auto, auto) { return release("contextFree"); };
+  api.graphCreate = [](auto, auto, auto, auto* out) {
+    return create("graphCreate", out);
+  };
+  api.tensorCreateGraphTensor = [](auto, Kiv_Tensor_t* tensor) {
+    tensor->v1.id = nextTensorId++;
+    return answer("tensorCreateGraphTensor");
+  };
+  api.graphAddNode = [](auto, auto) { return answer("graphAddNode"); };
+  api.graphFinalize = [](auto, auto, auto) { return answer("graphFinalize"); };
+  api.graphExecute = [](auto, auto, auto, auto, auto, auto, auto) {
+    return answer("graphExecute");
+  };
+  return made;
+}
+
+}  // namespace
+
+Kiv_ErrorHandle_t KivInterface_getProviders(
+    const KivInterface_t*** providerList, uint32_t* numProviders) {
+  static const KivInterface_t only = provider();
+  static const KivInterface_t* list[] = {&only};
+  *providerList = list;
+  *numProviders = 1;
+  return KIV_SUCCESS;
+}
