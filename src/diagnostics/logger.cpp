@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "diagnostics/spin_lock.h"
 #include "platform/clock.h"
 
 namespace kiv::log {
@@ -17,27 +18,27 @@ class Slot {
   ~Slot() { logger_.reset(); }
 
   std::shared_ptr<Logger> get() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(lock_);
     return logger_;
   }
 
   // The logger that is replaced dies when the argument does, outside the lock.
   void install(std::shared_ptr<Logger> logger) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(lock_);
     logger_.swap(logger);
     ++handles_;
   }
 
   bool release() {
     std::shared_ptr<Logger> last;
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(lock_);
     if (logger_ == nullptr || handles_ == 0) return false;
     if (--handles_ == 0) last.swap(logger_);
     return true;
   }
 
  private:
-  std::mutex mutex_;
+  SpinLock lock_;
   std::shared_ptr<Logger> logger_;
   std::uint32_t handles_ = 0;
 };

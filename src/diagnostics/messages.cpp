@@ -1,44 +1,34 @@
 #include "diagnostics/messages.h"
 
-#include <utility>
-
 namespace kiv {
-namespace {
 
-void sendOne(log::Level level, const char* format, std::monostate) {
-  log::log(level, format);
+void MessageArgument::log(log::Level level, const char* format) const {
+  switch (kind_) {
+    case Kind::kNone:
+      return log::log(level, format);
+    case Kind::kInt:
+      return log::log(level, format, static_cast<int>(number_));
+    case Kind::kLong:
+      return log::log(level, format, number_);
+    case Kind::kText:
+      return log::log(level, format, text_.c_str());
+  }
 }
 
-template <typename Number>
-void sendOne(log::Level level, const char* format, Number number) {
-  log::log(level, format, number);
-}
-
-void sendOne(log::Level level, const char* format, const std::string& text) {
-  log::log(level, format, text.c_str());
-}
-
-}  // namespace
-
-Status Messages::fail(const Failure& failure, Argument argument) {
+Status Messages::fail(const Failure& failure, MessageArgument argument) {
   messages_.push_back(
       {log::Level::kError, failure.message, std::move(argument)});
   return failure.status;
 }
 
-void Messages::warn(const char* format, Argument argument) {
+void Messages::warn(const char* format, MessageArgument argument) {
   messages_.push_back({log::Level::kWarning, format, std::move(argument)});
 }
 
 void Messages::send() noexcept {
   const std::vector<Message> messages = std::exchange(messages_, {});
-  for (const Message& message : messages) {
-    std::visit(
-        [&](const auto& argument) {
-          sendOne(message.level, message.format, argument);
-        },
-        message.argument);
-  }
+  for (const Message& message : messages)
+    message.argument.log(message.level, message.format);
 }
 
 }  // namespace kiv

@@ -1,33 +1,51 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
-#include <variant>
+#include <utility>
 #include <vector>
 
 #include "diagnostics/failure.h"
 
 namespace kiv {
 
+// What a message's format takes: nothing, "%d", "%ld" or "%s".
+class MessageArgument {
+ public:
+  MessageArgument() = default;
+  MessageArgument(int number) : kind_(Kind::kInt), number_(number) {}
+  MessageArgument(long number) : kind_(Kind::kLong), number_(number) {}
+  MessageArgument(std::string text)
+      : kind_(Kind::kText), text_(std::move(text)) {}
+
+  void log(log::Level level, const char* format) const;
+
+ private:
+  enum class Kind : std::uint8_t { kNone, kInt, kLong, kText };
+
+  Kind kind_ = Kind::kNone;
+  long number_ = 0;
+  std::string text_;
+};
+
 // Messages kept back until no lock is held, so that the client's callback may
 // call the library. They are sent in their order, at the latest at the end.
 class Messages {
  public:
-  using Argument = std::variant<std::monostate, int, long, std::string>;
-
   Messages() = default;
   ~Messages() { send(); }
   Messages(const Messages&) = delete;
   Messages& operator=(const Messages&) = delete;
 
-  Status fail(const Failure& failure, Argument argument = {});
-  void warn(const char* format, Argument argument = {});
+  Status fail(const Failure& failure, MessageArgument argument = {});
+  void warn(const char* format, MessageArgument argument = {});
   void send() noexcept;
 
  private:
   struct Message {
     log::Level level;
     const char* format;
-    Argument argument;
+    MessageArgument argument;
   };
 
   std::vector<Message> messages_;

@@ -6,6 +6,7 @@
 
 #include "diagnostics/logger.h"
 #include "platform/clock.h"
+#include "platform/trace_events.h"
 
 namespace kiv::log {
 namespace {
@@ -56,6 +57,7 @@ void printMessage(const char* format, KivLog_Level_t level,
   const std::size_t used = std::strlen(line.data());
   std::vsnprintf(line.data() + used, line.size() - used, format, arguments);
   std::printf("%s\n", line.data());
+  platform::traceMessage(line.data());
 }
 
 }  // namespace kiv::log

@@ -23,7 +23,7 @@ struct WriteScope {
   // Which of the programs written this call goes to.
   std::uint32_t program;
 
-  Status fail(const Failure& failure, Messages::Argument argument = {}) {
+  Status fail(const Failure& failure, MessageArgument argument = {}) {
     return messages.fail(failure, std::move(argument));
   }
 

@@ -1,0 +1,99 @@
+// The second header needs the first.
+// clang-format off
+#include <windows.h>
+#include <evntprov.h>
+// clang-format on
+
+#include <atomic>
+#include <bit>
+#include <cstring>
+
+#include "platform/trace_events.h"
+#include "platform/trace_logging.h"
+
+namespace kiv::platform {
+namespace {
+
+// Constants that not every version of the headers has.
+constexpr auto kSetProviderTraits = std::bit_cast<EVENT_INFO_CLASS>(2U);
+constexpr ULONG kDisableProvider = 0;
+constexpr ULONG kPlainData = 0;
+constexpr ULONG kEventMetadata = 1;
+constexpr ULONG kProviderMetadata = 2;
+
+// The registered provider, from the library's loading to its unloading.
+class Provider {
+ public:
+  Provider()
+      : providerMetadata_(trace_logging::providerMetadata()),
+        eventMetadata_(trace_logging::eventMetadata()) {
+    GUID guid{};
+    const auto bytes = trace_logging::providerGuid();
+    std::memcpy(&guid, bytes.data(), sizeof(guid));
+    if (::EventRegister(&guid, onEnable, this, &handle_) != ERROR_SUCCESS)
+      handle_ = 0;
+    // Tells the system the provider's name. Systems without it decode events
+    // all the same, by the metadata that goes with each.
+    if (handle_ != 0) {
+      ::EventSetInformation(handle_, kSetProviderTraits,
+                            providerMetadata_.data(),
+                            static_cast<ULONG>(providerMetadata_.size()));
+    }
+  }
+  ~Provider() {
+    if (handle_ != 0) ::EventUnregister(handle_);
+  }
+  Provider(const Provider&) = delete;
+  Provider& operator=(const Provider&) = delete;
+
+  // What a disabled provider costs: a load and a compare.
+  bool isEnabled() const {
+    return enabledLevel_.load(std::memory_order_relaxed) >=
+           trace_logging::kLevel;
+  }
+
+  ULONG write(const char* text) {
+    EVENT_DESCRIPTOR event{};
+    event.Channel = trace_logging::kChannel;
+    event.Level = trace_logging::kLevel;
+    EVENT_DATA_DESCRIPTOR data[3];
+    describe(data[0], providerMetadata_.data(), providerMetadata_.size(),
+             kProviderMetadata);
+    describe(data[1], eventMetadata_.data(), eventMetadata_.size(),
+             kEventMetadata);
+    describe(data[2], text, std::strlen(text) + 1, kPlainData);
+    return ::EventWriteTransfer(handle_, &event, nullptr, nullptr, 3, data);
+  }
+
+ private:
+  static void describe(EVENT_DATA_DESCRIPTOR& descriptor, const void* bytes,
+                       std::size_t size, ULONG type) {
+    ::EventDataDescCreate(&descriptor, bytes, static_cast<ULONG>(size));
+    descriptor.Reserved = type;
+  }
+
+  // Level 0 of a listener means every level.
+  static void NTAPI onEnable(LPCGUID, ULONG isEnabled, UCHAR level, ULONGLONG,
+                             ULONGLONG, PEVENT_FILTER_DESCRIPTOR,
+                             PVOID context) {
+    constexpr int kEveryLevel = 0xFF;
+    auto* provider = static_cast<Provider*>(context);
+    const int enabled = level == 0 ? kEveryLevel : level;
+    provider->enabledLevel_ = isEnabled == kDisableProvider ? 0 : enabled;
+  }
+
+  std::vector<std::uint8_t> providerMetadata_;
+  const std::vector<std::uint8_t> eventMetadata_;
+  REGHANDLE handle_ = 0;
+  std::atomic<int> enabledLevel_ = 0;
+};
+
+Provider provider;
+
+}  // namespace
+
+void traceMessage(const char* text) {
+  if (provider.isEnabled()) provider.write(text);
+}
+
+}  // namespace kiv::platform
