@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Includes run one way: a folder of src/ includes itself, folders behind it in
+# the list below, and the public headers.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../../src"
+
+folders=(api recorders writers session output diagnostics platform)
+declare -A rank
+for i in "${!folders[@]}"; do rank[${folders[$i]}]=$i; done
+
+status=0
+for folder in */; do
+  folder=${folder%/}
+  if [ -z "${rank[$folder]:-}" ]; then
+    echo "src/$folder has no place in the order of folders"
+    status=1
+    continue
+  fi
+  while IFS=: read -r file line text; do
+    target=$(sed -E 's|.*"([a-z]+)/.*|\1|' <<<"$text")
+    if [ "${rank[$target]:--1}" -lt "${rank[$folder]}" ]; then
+      echo "src/$file:$line: $folder must not include $target"
+      status=1
+    fi
+  done < <(grep -rnE '#include "[a-z]+/' "$folder" || true)
+  if [ "$folder" != platform ] && grep -rnE '^ *#(ifdef|ifndef|if) ' "$folder"; then
+    echo "conditional code belongs into src/platform"
+    status=1
+  fi
+done
+exit $status
