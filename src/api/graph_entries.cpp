@@ -27,62 +27,74 @@ Found<SaverContext> findContext(Session& session, Kiv_ContextHandle_t handle) {
                        kContextIsUnknown6001);
 }
 
-// A variable for a graph: its name as an identifier.
-std::string claimVariable(Session& session, const std::string& name) {
-  std::string base = output::sanitizeIdentifier(name);
-  if (base.empty()) base = "graph";
-  return session.names().claim(base, session::Family::kGraph);
-}
-
-// A graph that is being created: its name is set aside in the context and its
-// variable in the program, until keep(); given back otherwise.
-class NewGraph {
+// A variable for a graph: its name as an identifier. Given back unless kept.
+class GraphVariable {
  public:
-  NewGraph(Session& session, SaverContext& context, const char* name,
-           std::shared_ptr<const session::TensorRegistry> outer)
-      : session_(session), context_(context), name_(name) {
-    reserved_ = context_.reserveGraphName(name_);
-    if (!reserved_) return;
-    graph_ = std::make_shared<SaverGraph>(claimVariable(session_, name_),
-                                          session_.program(), std::move(outer));
+  GraphVariable(Session& session, const std::string& graphName)
+      : session_(session) {
+    std::string base = output::sanitizeIdentifier(graphName);
+    if (base.empty()) base = "graph";
+    name_ = session.names().claim(base, session::Family::kGraph);
   }
-  ~NewGraph() {
-    if (!reserved_ || kept_) return;
-    context_.dropGraphName(name_);
-    if (graph_ != nullptr) session_.names().release(graph_->variable().name());
+  ~GraphVariable() {
+    if (!kept_) session_.names().release(name_);
   }
-  NewGraph(const NewGraph&) = delete;
-  NewGraph& operator=(const NewGraph&) = delete;
+  GraphVariable(const GraphVariable&) = delete;
+  GraphVariable& operator=(const GraphVariable&) = delete;
 
-  bool isReserved() const { return reserved_; }
-  const SaverGraph& graph() const { return *graph_; }
-
-  Kiv_GraphHandle_t keep() {
-    const auto handle = session_.registerGraph(context_, name_, graph_);
-    kept_ = true;
-    return session::toApi(handle);
-  }
+  const std::string& name() const { return name_; }
+  void keep() { kept_ = true; }
 
  private:
   Session& session_;
-  SaverContext& context_;
-  const std::string name_;
-  std::shared_ptr<SaverGraph> graph_;
-  bool reserved_ = false;
+  std::string name_;
   bool kept_ = false;
 };
 
-// Records the creation of a graph with `record` and registers it if that
+// A graph's name, set aside in its context. Given back unless kept.
+class GraphName {
+ public:
+  GraphName(SaverContext& context, const char* name)
+      : context_(context),
+        name_(name),
+        isReserved_(context.reserveGraphName(name_)) {}
+  ~GraphName() {
+    if (isReserved_ && !kept_) context_.dropGraphName(name_);
+  }
+  GraphName(const GraphName&) = delete;
+  GraphName& operator=(const GraphName&) = delete;
+
+  const std::string& text() const { return name_; }
+  // False when the context has a graph of that name, or is about to.
+  bool isReserved() const { return isReserved_; }
+  void keep() { kept_ = true; }
+
+ private:
+  SaverContext& context_;
+  const std::string name_;
+  const bool isReserved_;
+  bool kept_ = false;
+};
+
+// Records how a graph comes into being with `record`, and registers it if that
 // succeeded.
 template <typename Record>
-Status createGraph(Session& session, SaverContext& context, const char* name,
+Status createGraph(Session& session, SaverContext& context, const char* text,
                    std::shared_ptr<const session::TensorRegistry> outer,
-                   Kiv_GraphHandle_t* out, Record&& record) {
-  NewGraph created(session, context, name, std::move(outer));
-  if (!created.isReserved()) return fail(kGraphNameTaken, name);
-  const Status status = record(created.graph());
-  if (ok(status)) *out = created.keep();
-  return status;
+                   const Failure& ifTaken, Kiv_GraphHandle_t* out,
+                   Record&& record) {
+  GraphName name(context, text);
+  if (!name.isReserved()) return fail(ifTaken, text);
+  GraphVariable variable(session, name.text());
+  auto graph = std::make_shared<SaverGraph>(variable.name(), session.program(),
+                                            std::move(outer));
+  const Status status = record(*graph);
+  if (!ok(status)) return status;
+  *out = session::toApi(
+      session.registerGraph(context, name.text(), std::move(graph)));
+  name.keep();
+  variable.keep();
+  return Status::kOk;
 }
 
 Status createSubgraph(Session& session, Kiv_GraphHandle_t parentHandle,
@@ -92,8 +104,8 @@ Status createSubgraph(Session& session, Kiv_GraphHandle_t parentHandle,
   if (name == nullptr || out == nullptr) return fail(kSubgraphNameOrOutIsNull);
   const auto context = session.contextOfGraph(session::fromApi(parentHandle));
   if (context == nullptr) return fail(kGraphIsUnknown);
-  return createGraph(session, *context, name, parent->tensors(), out,
-                     [&](const SaverGraph& subgraph) {
+  return createGraph(session, *context, name, parent->tensors(),
+                     kGraphNameTaken, out, [&](const SaverGraph& subgraph) {
                        return recorders::recordGraphCreateSubgraph(
                            session, *parent, subgraph, name);
                      });
@@ -103,19 +115,21 @@ Status createSubgraph(Session& session, Kiv_GraphHandle_t parentHandle,
 // its handle; any other name gives a new graph.
 Status retrieveGraph(Session& session, SaverContext& context, const char* name,
                      Kiv_GraphHandle_t* out) {
-  if (const auto known = context.findGraph(std::string(name))) {
-    const std::string variable = claimVariable(session, name);
-    const Status status =
-        recorders::recordGraphRetrieve(session, context, name, variable);
-    if (ok(status)) *out = session::toApi(session::handleOf(known.get()));
-    return status;
+  const auto known = context.findGraph(std::string(name));
+  if (known == nullptr) {
+    return createGraph(session, context, name, context.tensors(),
+                       kGraphNotCreated, out, [&](const SaverGraph& created) {
+                         return recorders::recordGraphRetrieve(
+                             session, context, name, created.variable().name());
+                       });
   }
-  NewGraph created(session, context, name, context.tensors());
-  if (!created.isReserved()) return fail(kGraphNotCreated);
-  const Status status = recorders::recordGraphRetrieve(
-      session, context, name, created.graph().variable().name());
-  if (ok(status)) *out = created.keep();
-  return status;
+  GraphVariable variable(session, name);
+  const Status status =
+      recorders::recordGraphRetrieve(session, context, name, variable.name());
+  if (!ok(status)) return status;
+  variable.keep();
+  *out = session::toApi(session::handleOf(known.get()));
+  return Status::kOk;
 }
 
 Status executeGraph(Session& session, SaverGraph& graph,
@@ -139,8 +153,8 @@ Code graphCreate(Kiv_ContextHandle_t handle, const char* name,
     const auto context = findContext(session, handle);
     if (!context) return context.status;
     if (name == nullptr || graph == nullptr) return fail(kGraphNameOrOutIsNull);
-    return createGraph(session, *context, name, context->tensors(), graph,
-                       [&](const SaverGraph& created) {
+    return createGraph(session, *context, name, context->tensors(),
+                       kGraphNameTaken, graph, [&](const SaverGraph& created) {
                          return recorders::recordGraphCreate(
                              session, *context, created, name, config);
                        });

@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <list>
-#include <vector>
 
 #include "KivInterface.h"
 #include "api/entries.h"
@@ -11,28 +9,29 @@
 namespace kiv::api {
 namespace {
 
-// The providers of the library. Records never move, so that the addresses that
-// clients keep stay valid. Filled while the library is loaded, unchanged
-// afterwards.
+// The providers of the library. Filled while the library is loaded, unchanged
+// afterwards; the records stay where they are until the library is unloaded,
+// also while the process exits, when a client's own handlers may still call.
 class ProviderList {
  public:
-  static ProviderList& instance() {
-    static ProviderList list;
-    return list;
-  }
-
   void add(const KivInterface_t& provider) {
-    records_.push_back(provider);
-    pointers_.push_back(&records_.back());
+    records_[size_] = provider;
+    pointers_[size_] = &records_[size_];
+    ++size_;
   }
 
   const KivInterface_t** pointers() { return pointers_.data(); }
-  uint32_t size() const { return static_cast<uint32_t>(pointers_.size()); }
+  uint32_t size() const { return size_; }
 
  private:
-  std::list<KivInterface_t> records_;
-  std::vector<const KivInterface_t*> pointers_;
+  static constexpr std::size_t kCapacity = 1;
+
+  std::array<KivInterface_t, kCapacity> records_{};
+  std::array<const KivInterface_t*, kCapacity> pointers_{};
+  uint32_t size_ = 0;
 };
+
+constinit ProviderList providers;
 
 KivInterface_Implementation_t makeImplementation() {
   return {
@@ -118,7 +117,7 @@ bool registerProvider() {
       .apiVersion = kApiVersion,
       .KIV_INTERFACE_VER_NAME = makeImplementation()};
   if (!isComplete(provider.KIV_INTERFACE_VER_NAME)) return false;
-  ProviderList::instance().add(provider);
+  providers.add(provider);
   return true;
 }
 
@@ -131,8 +130,7 @@ Kiv_ErrorHandle_t KivInterface_getProviders(
     const KivInterface_t*** providerList, uint32_t* numProviders) {
   if (providerList == nullptr || numProviders == nullptr)
     return KIV_COMMON_ERROR_INVALID_ARGUMENT;
-  auto& list = kiv::api::ProviderList::instance();
-  *providerList = list.pointers();
-  *numProviders = list.size();
+  *providerList = kiv::api::providers.pointers();
+  *numProviders = kiv::api::providers.size();
   return KIV_SUCCESS;
 }

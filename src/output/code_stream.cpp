@@ -6,9 +6,11 @@ namespace kiv::output {
 
 std::string joined(const Texts& texts) {
   std::string result;
+  const char* separator = "";
   for (const std::string& text : texts) {
-    if (!result.empty()) result += ", ";
+    result += separator;
     result += text;
+    separator = ", ";
   }
   return result;
 }

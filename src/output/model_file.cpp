@@ -50,8 +50,13 @@ bool ModelFile::writeString(std::string_view text) {
   return stream_.flush();
 }
 
+// Part of a footer would spoil what is written behind it.
 bool ModelFile::writeFooter() {
-  return !writeFooter_ || writeString(programFooter());
+  if (!writeFooter_) return true;
+  const auto mark = stream_.mark();
+  if (writeString(programFooter())) return true;
+  if (mark) stream_.restore(*mark);
+  return false;
 }
 
 }  // namespace kiv::output

@@ -1,5 +1,7 @@
 #include "output/output_files.h"
 
+#include <utility>
+
 #include "output/program_frame.h"
 
 namespace kiv::output {
@@ -38,6 +40,21 @@ bool sharesAFile(const OutputSettings& a, const OutputSettings& b) {
          pathOf(a, a.dataFileName) == pathOf(b, b.dataFileName);
 }
 
+OutputSettings changed(OutputSettings settings, const OutputChanges& changes) {
+  if (changes.directory) settings.directory = *changes.directory;
+  if (changes.backendId) settings.backendId = *changes.backendId;
+  if (changes.writeHeader) settings.writeHeader = *changes.writeHeader;
+  if (changes.writeFooter) settings.writeFooter = *changes.writeFooter;
+  const auto& names =
+      changes.stampedNames ? changes.stampedNames : changes.fileNames;
+  if (names) {
+    settings.modelFileName = names->model;
+    settings.dataFileName = names->data;
+    settings.timeStamp = changes.timeStamp;
+  }
+  return settings;
+}
+
 }  // namespace
 
 OutputFiles::OutputFiles()
@@ -70,7 +87,7 @@ void OutputFiles::useSettings() {
 }
 
 bool OutputFiles::writeHeader() {
-  return model_.writeHeader(headersOfBackend(backendId_),
+  return model_.writeHeader(headersOfBackend(settings_.backendId),
                             settings_.dataFileName, settings_.timeStamp);
 }
 
@@ -79,30 +96,20 @@ std::optional<Status> OutputFiles::configure(const OutputChanges& changes,
   Messages messages;
   const std::lock_guard lock(mutex_);
   if (started_ != expectStarted) return std::nullopt;
-  const OutputSettings before = settings_;
-  apply(changes);
-  if (!started_ || !changes.fileNames) return Status::kOk;
-  if (settings_.writeHeader && sharesAFile(before, settings_))
-    messages.warn(kOverwriting);
-  return switchFiles(messages);
+  if (started_ && changes.fileNames) return switchFiles(changes, messages);
+  adopt(changed(settings_, changes));
+  return Status::kOk;
 }
 
-void OutputFiles::apply(const OutputChanges& changes) {
-  if (changes.directory) settings_.directory = *changes.directory;
-  if (changes.backendId) backendId_ = *changes.backendId;
-  if (changes.writeHeader) settings_.writeHeader = *changes.writeHeader;
-  if (changes.writeFooter) settings_.writeFooter = *changes.writeFooter;
-  const auto& names =
-      changes.stampedNames ? changes.stampedNames : changes.fileNames;
-  if (!names) return;
-  settings_.modelFileName = names->model;
-  settings_.dataFileName = names->data;
-  settings_.timeStamp = changes.timeStamp;
+void OutputFiles::adopt(OutputSettings settings) {
+  settings_ = std::move(settings);
+  backendId_ = settings_.backendId;
 }
 
 // Ends the program being written and begins another one. A failure leaves the
 // files in the state reached; what is not open then needs no ending next time.
-Status OutputFiles::switchFiles(Messages& messages) {
+Status OutputFiles::switchFiles(const OutputChanges& changes,
+                                Messages& messages) {
   const auto failed = [&messages](const char* message) {
     return messages.fail({Status::kBackendError, message});
   };
@@ -112,7 +119,11 @@ Status OutputFiles::switchFiles(Messages& messages) {
     return failed("Failure when closing model file");
   if (data_.isOpen() && !data_.close())
     return failed("Failure when closing data file");
+  OutputSettings next = changed(settings_, changes);
+  if (next.writeHeader && sharesAFile(settings_, next))
+    messages.warn(kOverwriting);
   ++program_;
+  adopt(std::move(next));
   useSettings();
   if (!model_.open()) return failed("Failure when opening model file");
   if (!writeHeader()) return failed("Failure when writing model header");

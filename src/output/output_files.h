@@ -20,6 +20,7 @@ struct OutputSettings {
   std::string directory = "./saver_output/";
   std::string modelFileName = "saver_output.c";
   std::string dataFileName = "params.bin";
+  std::uint32_t backendId = 0;
   bool writeHeader = true;
   bool writeFooter = true;
   // Shown in the header when the file names carry a time stamp.
@@ -81,13 +82,14 @@ class OutputFiles {
   bool openBoth();
   void useSettings();
   bool writeHeader();
-  void apply(const OutputChanges& changes);
-  Status switchFiles(Messages& messages);
+  void adopt(OutputSettings settings);
+  Status switchFiles(const OutputChanges& changes, Messages& messages);
   Status writeCall(const std::vector<DataRun>& runs, std::string_view text,
                    const WriteFailures& failures);
 
   std::mutex mutex_;
   std::atomic<bool> started_ = false;
+  // settings_.backendId, to be read without the lock.
   std::atomic<std::uint32_t> backendId_ = 0;
   std::atomic<std::uint32_t> program_ = 0;
   OutputSettings settings_;

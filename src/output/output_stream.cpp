@@ -1,5 +1,7 @@
 #include "output/output_stream.h"
 
+#include <utility>
+
 #include "diagnostics/failure.h"
 
 namespace kiv::output {
@@ -66,9 +68,9 @@ bool OutputStream::flush() {
 
 bool OutputStream::close() {
   if (stream_ == nullptr) return failed("Could not close file, FILE* is NULL");
-  if (std::fclose(stream_) != 0) return failed("Failed to close the file");
-  stream_ = nullptr;
-  return true;
+  // The stream is gone even when closing it fails.
+  if (std::fclose(std::exchange(stream_, nullptr)) == 0) return true;
+  return failed("Failed to close the file");
 }
 
 std::optional<std::uint64_t> OutputStream::mark() {

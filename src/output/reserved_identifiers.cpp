@@ -34,7 +34,8 @@ constexpr std::string_view kProgram[] = {
 };
 
 // Macros without arguments that gcc, clang and MinGW have after the includes
-// of the generated program, except those that rule 1 below covers.
+// of the generated program, except those that rule 1
+// below covers.
 constexpr std::string_view kMacros[] = {
     "BIG_ENDIAN",
     "BUFSIZ",
@@ -291,6 +292,13 @@ constexpr std::string_view kMacros[] = {
     "WNOWAIT",
     "WSTOPPED",
     "WUNTRACED",
+    "__GCC_HAVE_SYNC_COMPARE_AND_SWAP_1",
+    "__GCC_HAVE_SYNC_COMPARE_AND_SWAP_16",
+    "__GCC_HAVE_SYNC_COMPARE_AND_SWAP_2",
+    "__GCC_HAVE_SYNC_COMPARE_AND_SWAP_4",
+    "__GCC_HAVE_SYNC_COMPARE_AND_SWAP_8",
+    "__GCC_IEC_559",
+    "__x86_64",
     "_cdecl",
     "_doserrno",
     "_environ",
@@ -347,10 +355,21 @@ bool isApiName(std::string_view name) {
          (name.starts_with("Kiv") && name.find('_') != std::string_view::npos);
 }
 
+// A name with a counter behind it, which has left those name spaces: nothing
+// there ends in this way but what the tables hold, and the API's own constants,
+// which the program does not use.
+bool hasCounter(std::string_view name) {
+  const std::size_t underscore = name.rfind('_');
+  return underscore != std::string_view::npos && underscore + 1 < name.size() &&
+         name.find_first_not_of("0123456789", underscore + 1) ==
+             std::string_view::npos;
+}
+
 }  // namespace
 
 bool isReservedIdentifier(std::string_view name) {
-  return isImplementationName(name) || isApiName(name) ||
+  return (!hasCounter(name) &&
+          (isImplementationName(name) || isApiName(name))) ||
          std::ranges::binary_search(kKeywords, name) ||
          std::ranges::binary_search(kProgram, name) ||
          std::ranges::binary_search(kMacros, name);

@@ -78,7 +78,8 @@ Status recordBackendValidateOpConfig(Session& session,
                                      Kiv_BackendHandle_t backend,
                                      const Kiv_OpConfig_t& opConfig) {
   RecordedCall call(session, "backendValidateOpConfig");
-  const std::string name = writers::nameOpConfig(call.scope(), opConfig);
+  const std::string name =
+      call.names().unique("opConfig", session::Family::kOpConfig);
   call.write([&](writers::WriteScope& scope) {
     return writers::writeOpConfig(scope, opConfig, name, nullptr);
   });

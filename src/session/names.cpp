@@ -8,8 +8,8 @@
 namespace kiv::session {
 namespace {
 
-constexpr std::uint8_t bitOf(Family family) {
-  return static_cast<std::uint8_t>(1U << static_cast<unsigned>(family));
+constexpr std::size_t indexOf(Family family) {
+  return static_cast<std::size_t>(family);
 }
 
 // Calls `visit` with (owner, suffix) for each way to read a name as "owner_" +
@@ -43,7 +43,11 @@ std::string Names::claim(std::string_view name, Family family) {
 
 void Names::release(const std::string& name) {
   const std::lock_guard lock(mutex_);
-  variables_.erase(name);
+  const auto found = variables_.find(name);
+  if (found == variables_.end()) return;
+  constexpr auto kOneLess = static_cast<std::uint32_t>(-1);
+  countBlocked(name, found->second, kOneLess);
+  variables_.erase(found);
 }
 
 std::string Names::nextFree(std::string base, Family family) {
@@ -68,12 +72,12 @@ Names::Obstacle Names::obstacle(std::string_view name, Family family) const {
   if (output::isReservedIdentifier(name) || variables_.contains(name))
     return Obstacle::kTaken;
   if (const auto found = blocked_.find(name);
-      found != blocked_.end() && (found->second & bitOf(family)) != 0)
+      found != blocked_.end() && found->second[indexOf(family)] != 0)
     return Obstacle::kTaken;
   Obstacle result = Obstacle::kNone;
   forEachSplit(name, [&](std::string_view owner, std::string_view suffix) {
     const auto found = variables_.find(owner);
-    if (found != variables_.end() && familyTakes(found->second, suffix))
+    if (found != variables_.end() && collide(found->second, suffix, family))
       result = Obstacle::kBroughtAlong;
     return result == Obstacle::kNone;
   });
@@ -82,16 +86,16 @@ Names::Obstacle Names::obstacle(std::string_view name, Family family) const {
 
 void Names::take(const std::string& name, Family family) {
   variables_.emplace(name, family);
+  countBlocked(name, family, 1);
+}
+
+// Counts the variable `name` for all names that would bring it along.
+void Names::countBlocked(std::string_view name, Family family,
+                         std::uint32_t by) {
   forEachSplit(name, [&](std::string_view owner, std::string_view suffix) {
-    FamilyBits bits = 0;
-    for (unsigned i = 0; i < static_cast<unsigned>(Family::kCount); ++i) {
-      const auto other = static_cast<Family>(i);
-      if (familyTakes(other, suffix))
-        bits = static_cast<FamilyBits>(bits | bitOf(other));
-    }
-    if (bits != 0) {
-      FamilyBits& entry = blocked_[std::string(owner)];
-      entry = static_cast<FamilyBits>(entry | bits);
+    for (std::size_t i = 0; i < indexOf(Family::kCount); ++i) {
+      if (collide(static_cast<Family>(i), suffix, family))
+        blocked_[std::string(owner)][i] += by;
     }
     return true;
   });

@@ -32,11 +32,13 @@ class Names {
  private:
   // What stands in the way of a name.
   enum class Obstacle : std::uint8_t { kNone, kTaken, kBroughtAlong };
-  using FamilyBits = std::uint8_t;
+  using FamilyCounts =
+      std::array<std::uint32_t, static_cast<std::size_t>(Family::kCount)>;
 
   std::string nextFree(std::string base, Family family);
   Obstacle obstacle(std::string_view name, Family family) const;
   void take(const std::string& name, Family family);
+  void countBlocked(std::string_view name, Family family, std::uint32_t by);
 
   struct Hash {
     using is_transparent = void;
@@ -50,9 +52,9 @@ class Names {
   mutable std::mutex mutex_;
   Map<std::uint32_t> counters_;
   Map<Family> variables_;
-  // For names that are not variables themselves: the families in which they
-  // would bring along a variable that is there.
-  Map<FamilyBits> blocked_;
+  // For names that are not variables: by family, how many variables that are
+  // there they would bring along.
+  Map<FamilyCounts> blocked_;
 };
 
 }  // namespace kiv::session

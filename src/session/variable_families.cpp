@@ -2,61 +2,68 @@
 
 #include <algorithm>
 #include <array>
-#include <span>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace kiv::session {
 namespace {
 
-// A derived name, word by word: "#" is a number, "@" stands for the end or for
-// what a tensor of that name brings.
-using Pattern = std::string_view;
+// A derived name, word by word; "#" stands for a number.
+using Pattern = std::string;
+using Patterns = std::vector<Pattern>;
 
-constexpr std::array<Pattern, 12> kTensorPatterns = {
-    "dims",
-    "data",
-    "clientBuf",
-    "isDynamicDimensions",
-    "v1",
-    "v2",
-    "quantizeParams",
-    "quantizeParams_scaleOffsets",
-    "quantizeParams_axisScaleOffset",
-    "quantizeParams_scales",
-    "quantizeParams_offsets",
-    "quantizeParams_bwAxisScaleOffset"};
+// What a tensor brings: its parts. "" is the tensor itself.
+constexpr std::array<std::string_view, 13> kTensorParts = {
+    "",
+    "_dims",
+    "_data",
+    "_clientBuf",
+    "_isDynamicDimensions",
+    "_v1",
+    "_v2",
+    "_quantizeParams",
+    "_quantizeParams_scaleOffsets",
+    "_quantizeParams_axisScaleOffset",
+    "_quantizeParams_scales",
+    "_quantizeParams_offsets",
+    "_quantizeParams_bwAxisScaleOffset"};
 
-constexpr std::array<Pattern, 1> kTensorOwnerPatterns = {"tensor_#_@"};
-
-constexpr std::array<Pattern, 5> kGraphPatterns = {
-    "tensor_#_@", "inputTensors_#", "outputTensors_#", "inputTensor_#_#_@",
-    "outputTensor_#_#_@"};
-
-constexpr std::array<Pattern, 8> kOpConfigPatterns = {
-    "params",    "inputs",     "outputs",        "v1",
-    "input_#_@", "output_#_@", "param_#_scalar", "param_#_tensor_@"};
-
-constexpr std::array<Pattern, 5> kConfigPatterns = {
-    "customConfig", "array", "config", "config_v1", "config_hwDevices"};
-
-constexpr std::array<Pattern, 2> kDeviceOrCorePatterns = {"v1", "cores"};
-
-std::span<const Pattern> patternsOf(Family family) {
-  switch (family) {
-    case Family::kTensorOwner:
-      return kTensorOwnerPatterns;
-    case Family::kGraph:
-      return kGraphPatterns;
-    case Family::kOpConfig:
-      return kOpConfigPatterns;
-    case Family::kConfig:
-      return kConfigPatterns;
-    case Family::kDeviceOrCore:
-      return kDeviceOrCorePatterns;
-    case Family::kPlain:
-    case Family::kCount:
-      break;
+// The words behind a family's own name; each of `tensors` is a tensor with its
+// parts.
+Patterns patterns(std::initializer_list<const char*> plain,
+                  std::initializer_list<const char*> tensors) {
+  Patterns result(plain.begin(), plain.end());
+  for (const std::string tensor : tensors) {
+    for (const std::string_view part : kTensorParts)
+      result.push_back(tensor + std::string(part));
   }
-  return {};
+  return result;
+}
+
+const Patterns& patternsOf(Family family) {
+  static const std::array<Patterns, static_cast<std::size_t>(Family::kCount)>
+      all = {
+          // kPlain
+          patterns({}, {}),
+          // kTensorOwner
+          patterns({}, {"tensor_#"}),
+          // kGraph
+          patterns({"inputTensors_#", "outputTensors_#"},
+                   {"tensor_#", "inputTensor_#_#", "outputTensor_#_#"}),
+          // kOpConfig
+          patterns({"params", "inputs", "outputs", "v1", "param_#",
+                    "param_#_scalar"},
+                   {"param_#_tensor", "input_#", "output_#"}),
+          // kConfig
+          patterns({"customConfig", "array", "config", "config_v1",
+                    "config_hwDevices"},
+                   {}),
+          // kDeviceOrCore
+          patterns({"v1", "cores"}, {}),
+      };
+  return all[static_cast<std::size_t>(family)];
 }
 
 std::string_view takeWord(std::string_view& text) {
@@ -71,29 +78,30 @@ bool isNumber(std::string_view word) {
          std::ranges::all_of(word, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// Whether the suffix is the pattern, or a beginning of it in whole words.
-bool matches(Pattern pattern, std::string_view suffix) {
-  while (!suffix.empty()) {
-    if (pattern.empty()) return false;
+// What is left of a pattern behind the words of `text`; nothing if they are
+// not its beginning.
+std::optional<std::string_view> behind(std::string_view pattern,
+                                       std::string_view text) {
+  while (!text.empty()) {
+    if (pattern.empty()) return std::nullopt;
     const std::string_view wanted = takeWord(pattern);
-    if (wanted == "@") {
-      return std::ranges::any_of(kTensorPatterns, [suffix](Pattern tensor) {
-        return matches(tensor, suffix);
-      });
-    }
-    const std::string_view word = takeWord(suffix);
-    if (wanted == "#" ? !isNumber(word) : wanted != word) return false;
+    const std::string_view word = takeWord(text);
+    if (wanted == "#" ? !isNumber(word) : wanted != word) return std::nullopt;
   }
-  return true;
+  return pattern;
 }
 
 }  // namespace
 
-bool familyTakes(Family family, std::string_view suffix) {
+bool collide(Family owner, std::string_view suffix, Family named) {
   if (suffix.empty() || suffix.back() == '_') return false;
-  return std::ranges::any_of(patternsOf(family), [suffix](Pattern pattern) {
-    return matches(pattern, suffix);
-  });
+  const auto brings = [&](const Pattern& pattern) {
+    const auto rest = behind(pattern, suffix);
+    if (!rest) return false;
+    return rest->empty() || std::ranges::find(patternsOf(named), *rest) !=
+                                patternsOf(named).end();
+  };
+  return std::ranges::any_of(patternsOf(owner), brings);
 }
 
 }  // namespace kiv::session

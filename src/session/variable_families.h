@@ -18,9 +18,10 @@ enum class Family : std::uint8_t {
   kCount
 };
 
-// Whether a variable of that family, called "x", may bring one called "x_" +
-// suffix, or one whose name begins with "x_" + suffix + "_".
-bool familyTakes(Family family, std::string_view suffix);
+// Whether a variable "x" of the family `owner` and one of the family `named`,
+// called "x_" + suffix, would bring the same variable along, or the one would
+// bring the other.
+bool collide(Family owner, std::string_view suffix, Family named);
 
 // The most words that such a suffix has.
 inline constexpr int kMostSuffixWords = 5;

@@ -72,7 +72,9 @@ std::string SaverLibrary::calls() const {
 bool SaverLibrary::unload() {
   dlclose(library_);
   library_ = nullptr;
-  return dlopen(KIV_SAVER_LIBRARY, RTLD_NOW | RTLD_NOLOAD) == nullptr;
+  void* stillThere = dlopen(KIV_SAVER_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
+  if (stillThere != nullptr) dlclose(stillThere);
+  return stillThere == nullptr;
 }
 
 }  // namespace kiv::test
