@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# Records a network with the ONNX client, compiles the recording with each
+# Records what a client does with its argument, compiles the recording with each
 # compiler, replays it on Tracer and compares the calls with those of the client
 # running on Tracer itself.
 #
-#   compare_network.sh CLIENT SAVER TRACER NETWORK COMPILER...
+#   compare_client.sh CLIENT SAVER TRACER ARGUMENT COMPILER...
 #
 # A compiler may carry flags ("gcc -fsanitize=thread"). Ends with 0 when every
 # replay makes the client's calls, 77 when the client does not accept the
 # network, 1 otherwise.
 set -euo pipefail
 
-client=$1 saver=$2 tracer=$3 network=$4
+client=$1 saver=$2 tracer=$3 argument=$4
 shift 4
 include=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../include" && pwd)
 work=$(mktemp -d)
@@ -19,12 +19,12 @@ trap 'rm -rf "$work"' EXIT
 ulimit -s unlimited 2>/dev/null || ulimit -s "$(ulimit -H -s)"
 
 fail() {
-  echo "$network: $1"
+  echo "$argument: $1"
   exit 1
 }
 
 if ! KIV_TRACER_OUTPUT="$work/direct" "$client" --backend "$tracer" \
-    "$network" >"$work/log" 2>&1; then
+    "$argument" >"$work/log" 2>&1; then
   if grep -q 'not accepted' "$work/log"; then
     grep 'not accepted' "$work/log"
     exit 77
@@ -33,7 +33,7 @@ if ! KIV_TRACER_OUTPUT="$work/direct" "$client" --backend "$tracer" \
   fail 'the client fails on Tracer'
 fi
 if ! "$client" --backend "$saver" --output-dir "$work/recording" \
-    "$network" >"$work/log" 2>&1; then
+    "$argument" >"$work/log" 2>&1; then
   cat "$work/log"
   fail 'the client fails on the Saver'
 fi
@@ -50,4 +50,4 @@ for compiler in "$@"; do
     fail "the replay built by $compiler makes other calls"
   }
 done
-echo "$network: identical, $(wc -l <"$work/direct") calls"
+echo "$argument: identical, $(wc -l <"$work/direct") calls"

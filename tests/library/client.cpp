@@ -1,0 +1,114 @@
+#include "library/client.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+namespace kiv::test {
+
+Client::Client() {
+  api.backendCreate(nullptr, nullptr, &backend);
+  api.deviceCreate(nullptr, nullptr, &device);
+  api.profileCreate(backend, 1, &profile);
+  api.contextCreate(backend, nullptr, nullptr, &context);
+  createGraph("g", &graph);
+  newText();
+}
+
+Code Client::execute(Kiv_GraphHandle_t executed,
+                     std::vector<Kiv_Tensor_t> inputs,
+                     Kiv_ProfileHandle_t profiled) const {
+  return api.graphExecute(executed, inputs.data(),
+                          static_cast<uint32_t>(inputs.size()), nullptr, 0,
+                          profiled, nullptr);
+}
+
+std::string Client::grown(const std::string& now, std::size_t& seen) {
+  const std::size_t before = std::exchange(seen, now.size());
+  return now.size() < before ? "(the file has shrunk)" : now.substr(before);
+}
+
+void check(const std::vector<Row>& rows) {
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    Client client;
+    LogCapture log(client.api);
+    EXPECT_EQ(row.call(client), row.code);
+    EXPECT_EQ(log.take(), row.messages);
+    EXPECT_EQ(client.newText(), row.text);
+    EXPECT_EQ(client.newData(), row.data);
+  }
+}
+
+Row failing(const char* what, std::function<Code(Client&)> call, Code code,
+            const std::string& message) {
+  return {what, std::move(call), code, {"1: " + message}, "", ""};
+}
+
+std::string recorded(std::initializer_list<std::string> lines) {
+  std::string text;
+  for (const std::string& line : lines)
+    text += line.empty() ? "\n" : "   " + line + "\n";
+  return text + "\n";
+}
+
+std::string validate(std::string_view call) {
+  return "VALIDATE(error, interface." + std::string(call) + ");";
+}
+
+std::string tensorText(const std::string& name, const std::string& id,
+                       const std::string& version) {
+  const std::string member = "v" + version;
+  return "   Kiv_QuantizeParams_t " + name +
+         "_quantizeParams = {(Kiv_Definition_t)0, "
+         "(Kiv_QuantizationEncoding_t)2147483647, .scaleOffsetEncoding = "
+         "{0.0, 0}};\n   Kiv_ClientBuffer_t " +
+         name + "_clientBuf = {NULL, 0};\n   Kiv_TensorV" + version + "_t " +
+         name + '_' + member + " = {" + id +
+         ", NULL, (Kiv_TensorType_t)0, 0, (Kiv_DataType_t)562, " + name +
+         "_quantizeParams, 0, NULL, (Kiv_TensorMemType_t)0, " + name +
+         "_clientBuf" +
+         (version == "2" ? ", NULL, {(Kiv_SparseLayoutType_t)0,{0,0}}, 0"
+                         : "") +
+         "};\n   Kiv_Tensor_t " + name + " = {(Kiv_TensorVersion_t)" + version +
+         ", ." + member + " = " + name + '_' + member + "};\n";
+}
+
+int inChild(const std::function<int()>& body) {
+  constexpr unsigned kMostSeconds = 30;
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(kMostSeconds);
+    std::exit(body());
+  }
+  int status = 0;
+  if (child < 0 || waitpid(child, &status, 0) != child) return -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+namespace {
+
+void limitFileSize(rlim_t size) {
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = size;
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+}  // namespace
+
+FileSizeLimit::FileSizeLimit(std::size_t size) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  limitFileSize(size);
+}
+
+FileSizeLimit::~FileSizeLimit() {
+  limitFileSize(RLIM_INFINITY);
+  std::signal(SIGXFSZ, SIG_DFL);
+}
+
+}  // namespace kiv::test

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/log_capture.h"
+#include "support/records.h"
+#include "support/saver_library.h"
+
+namespace kiv::test {
+
+using Api = KivInterface_Implementation_t;
+using Code = Kiv_ErrorHandle_t;
+
+// A handle that no object has.
+inline void* const kUnknown = reinterpret_cast<void*>(0x1234);
+
+// A client with one object of each kind: backend_0, device_0, profile_0,
+// context_0, and a graph g in that.
+class Client {
+ public:
+  Client();
+
+  SaverLibrary saver;
+  const Api& api = saver.api();
+  Kiv_BackendHandle_t backend = nullptr;
+  Kiv_DeviceHandle_t device = nullptr;
+  Kiv_ProfileHandle_t profile = nullptr;
+  Kiv_ContextHandle_t context = nullptr;
+  Kiv_GraphHandle_t graph = nullptr;
+
+  // What the recording has more since the last call of the function.
+  std::string newText() { return grown(saver.modelText(), textSeen_); }
+  std::string newData() { return grown(saver.data(), dataSeen_); }
+
+  Code createGraph(const char* name, Kiv_GraphHandle_t* out) const {
+    return api.graphCreate(context, name, nullptr, out);
+  }
+  Code execute(Kiv_GraphHandle_t executed, std::vector<Kiv_Tensor_t> inputs,
+               Kiv_ProfileHandle_t profiled = nullptr) const;
+
+ private:
+  static std::string grown(const std::string& now, std::size_t& seen);
+
+  std::size_t textSeen_ = 0;
+  std::size_t dataSeen_ = 0;
+};
+
+// One call of a client of its own, and what it comes to.
+struct Row {
+  const char* what;
+  std::function<Code(Client&)> call;
+  Code code;
+  std::vector<std::string> messages;
+  std::string text;
+  std::string data;
+};
+void check(const std::vector<Row>& rows);
+
+// A row that fails with one error message and writes nothing.
+Row failing(const char* what, std::function<Code(Client&)> call, Code code,
+            const std::string& message);
+
+// The text of a recorded call: its lines, indented, and a blank line.
+std::string recorded(std::initializer_list<std::string> lines);
+// "VALIDATE(error, interface.<call>);"
+std::string validate(std::string_view call);
+
+// The lines of a tensor from emptyTensor(), indented.
+std::string tensorText(const std::string& name, const std::string& id,
+                       const std::string& version = "1");
+
+// A list of configs for a call: their addresses and null.
+template <typename Config>
+class List {
+ public:
+  List(std::initializer_list<Config> configs) : configs_(configs) {
+    for (const Config& config : configs_) pointers_.push_back(&config);
+    pointers_.push_back(nullptr);
+  }
+  List(const List&) = delete;
+  List& operator=(const List&) = delete;
+
+  operator const Config**() { return pointers_.data(); }
+
+ private:
+  const std::vector<Config> configs_;
+  std::vector<const Config*> pointers_;
+};
+
+// A config of the option with everything else zero or null.
+template <typename Config>
+Config configOf(int option) {
+  Config config{};
+  config.option = static_cast<decltype(config.option)>(option);
+  return config;
+}
+
+// Runs `body` in a process of its own, which ends with its result, and returns
+// the exit code; minus the signal's number if it was killed. A body that hangs
+// is killed.
+int inChild(const std::function<int()>& body);
+
+// Lets no file of the process grow beyond a size, while it lives.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(std::size_t size);
+  ~FileSizeLimit();
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+};
+
+}  // namespace kiv::test

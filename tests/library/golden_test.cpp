@@ -1,0 +1,48 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "golden/golden_session.h"
+#include "library/client.h"
+
+namespace kiv::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kExpected = KIV_GOLDEN_DIR;
+
+// With KIV_ACCEPT_GOLDEN=1 in the environment what was written becomes what is
+// expected.
+void compare(const fs::path& written, const fs::path& expected) {
+  const char* accept = std::getenv("KIV_ACCEPT_GOLDEN");
+  if (accept != nullptr && std::string(accept) == "1") {
+    fs::copy_file(written, expected, fs::copy_options::overwrite_existing);
+    return;
+  }
+  if (readFile(written) == readFile(expected)) return;
+  ADD_FAILURE() << written.filename() << " is not as expected";
+  const std::string command =
+      "diff -au '" + expected.string() + "' '" + written.string() + "'";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+}
+
+TEST(Golden, SessionWithEveryCallAndOption) {
+  SaverLibrary saver;
+  KivSaver_Config_t gpu{};
+  gpu.option = KIV_SAVER_CONFIG_OPTION_BACKEND_ID;
+  gpu.backendId = KIV_BACKEND_ID_GPU;
+  ASSERT_EQ(saver.initialize({&gpu}), 0U);
+  auto codes = runGoldenSession(saver.api());
+  // Sizes and contents of binaries are not known.
+  EXPECT_EQ(std::count(codes.begin(), codes.end(), 4950U), 3);
+  std::erase(codes, 4950U);
+  EXPECT_EQ(codes, std::vector<Code>(codes.size()));
+  EXPECT_TRUE(saver.unload());
+  compare(saver.modelPath(), kExpected / "saver_output.c");
+  compare(saver.dataPath(), kExpected / "params.bin");
+}
+
+}  // namespace
+}  // namespace kiv::test

@@ -1,0 +1,340 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <regex>
+
+#include "library/client.h"
+
+// The library's own options.
+namespace kiv::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Option = KivSaver_Config_t;
+
+Option option(int id, uint32_t number = 0) {
+  auto result = configOf<Option>(id);
+  result.backendId = number;
+  return result;
+}
+
+// The texts of options belong to the caller.
+Option directoryOption(const char* path) {
+  Option result = option(0);
+  result.outputDirectory = path;
+  return result;
+}
+
+Option fileOption(const char* model, const char* data) {
+  Option result = option(3);
+  result.fileConfig = {model, data};
+  return result;
+}
+
+const Option kDirectory = directoryOption("unused");
+const Option kFiles = fileOption("b.c", "b.bin");
+
+Code initialize(const SaverLibrary& saver, std::vector<Option> options) {
+  switch (options.size()) {
+    case 0:
+      return saver.initialize({});
+    case 1:
+      return saver.initialize({&options[0]});
+    case 2:
+      return saver.initialize({&options[0], &options[1]});
+    default:
+      return saver.initialize(
+          {&options[0], &options[1], &options[2], &options.back()});
+  }
+}
+
+// What a session records that makes one call.
+void record(const SaverLibrary& saver, uint32_t key) {
+  EXPECT_EQ(saver.api().propertyHasCapability(key), 0U);
+}
+
+std::string recordText(uint32_t key) {
+  return recorded({validate("propertyHasCapability((KivProperty_Key_t)" +
+                            std::to_string(key) + ")")});
+}
+
+const char* const kFooter =
+    "   if (logging) {\n"
+    "     VALIDATE(error, interface.logFree(loghandle));\n"
+    "   }\n"
+    "\n"
+    "   if (fclose(fp)) error = -1;\n"
+    "   return error == 0 || error == KIV_COMMON_ERROR_NOT_SUPPORTED ? 0 : "
+    "error;\n"
+    "}\n";
+
+// What a call comes to; a message of null stands for none.
+struct Told {
+  Code code;
+  const char* message;
+};
+
+constexpr Told kFine = {0, nullptr};
+constexpr Told kLateStamp = {
+    4951,
+    "KIV_SAVER_CONFIG_OPTION_APPEND_TIMESTAMP must be provided before any "
+    "other KIV APIs are called"};
+constexpr Told kLateBackend = {
+    4951,
+    "KIV_SAVER_CONFIG_OPTION_BACKEND_ID must be provided concurrently with "
+    "KIV_SAVER_CONFIG_OPTION_FILE_CONFIG if provided after any other KIV APIs "
+    "have been called"};
+constexpr Told kLateDirectory = {
+    4951,
+    "KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY must be provided concurrently "
+    "with KIV_SAVER_CONFIG_OPTION_FILE_CONFIG if provided after any other KIV "
+    "APIs have been called"};
+constexpr Told kHeaderAlone = {
+    4951,
+    "KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER must be provided concurrently with "
+    "KIV_SAVER_CONFIG_OPTION_FILE_CONFIG"};
+constexpr Told kFooterAlone = {
+    4951,
+    "KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER must be provided concurrently with "
+    "KIV_SAVER_CONFIG_OPTION_FILE_CONFIG"};
+constexpr Told kNullName = {1004, "Model filename or data filename are NULL"};
+constexpr Told kSlash = {1004,
+                         "Model filename or data filename contain slashes"};
+constexpr Told kUnknown6 = {1004, "Unknown Saver config option provided: 6"};
+constexpr Told kUnknownMost = {
+    1004, "Unknown Saver config option provided: 4294967295"};
+
+struct TimingRow {
+  std::vector<Option> options;
+  Told before;
+  Told after;
+};
+
+TEST(SaverConfig, WhatIsAllowedBeforeAndAfterTheStart) {
+  const TimingRow rows[] = {
+      {{}, kFine, kFine},
+      {{kDirectory}, kFine, kLateDirectory},
+      {{option(1, 0)}, kFine, kLateStamp},
+      {{option(1, 1), kFiles}, kFine, kLateStamp},
+      {{option(2)}, kFine, kLateBackend},
+      {{kDirectory, option(2, 4)}, kFine, kLateBackend},
+      {{option(4)}, kHeaderAlone, kHeaderAlone},
+      {{option(5, 1), option(4, 1)}, kHeaderAlone, kHeaderAlone},
+      {{option(5)}, kFooterAlone, kFooterAlone},
+      {{option(4), kDirectory}, kHeaderAlone, kLateDirectory},
+      {{option(6)}, kUnknown6, kUnknown6},
+      {{option(4), option(-1)}, kUnknownMost, kUnknownMost},
+      {{fileOption(nullptr, "a/b")}, kNullName, kNullName},
+      {{fileOption("a/b", nullptr)}, kNullName, kNullName},
+      {{fileOption("out/model.c", "b")}, kSlash, kSlash},
+      {{fileOption("a", "b\\")}, kSlash, kSlash},
+  };
+  const auto expectTold = [](const SaverLibrary& saver,
+                             const std::vector<Option>& options,
+                             const Told& told) {
+    LogCapture log(saver.api());
+    EXPECT_EQ(initialize(saver, options), told.code);
+    std::vector<std::string> messages;
+    if (told.message != nullptr)
+      messages.push_back("1: " + std::string(told.message));
+    EXPECT_EQ(log.take(), messages);
+  };
+  for (const TimingRow& row : rows) {
+    SCOPED_TRACE("row " + std::to_string(&row - rows));
+    {
+      const SaverLibrary saver;
+      expectTold(saver, row.options, row.before);
+      EXPECT_FALSE(fs::exists(saver.directory()));
+    }
+    const SaverLibrary saver;
+    record(saver, 0);
+    expectTold(saver, row.options, row.after);
+    record(saver, 1);
+    EXPECT_EQ(saver.calls(), recordText(0) + recordText(1));
+  }
+}
+
+TEST(SaverConfig, RefusedCallsChangeNothing) {
+  const SaverLibrary saver;
+  const std::string other = saver.directory().string() + "_other";
+  const Option elsewhere = directoryOption(other.c_str());
+  EXPECT_EQ(initialize(saver, {elsewhere, option(2, 4), option(9)}), 1004U);
+  EXPECT_EQ(initialize(saver, {elsewhere, option(2, 4), option(4, 0)}), 4951U);
+  EXPECT_EQ(initialize(saver, {kFiles, fileOption("a/b", "c")}), 1004U);
+  record(saver, 0);
+  EXPECT_EQ(saver.calls(), recordText(0));
+  EXPECT_EQ(saver.modelText().find("GPU"), std::string::npos);
+  EXPECT_FALSE(fs::exists(other));
+}
+
+TEST(SaverConfig, MissingDirectoryTextsMeanTheDefault) {
+  const TempDirectory temp;
+  const fs::path before = fs::current_path();
+  fs::current_path(temp.path());
+  for (const char* path : {static_cast<const char*>(nullptr), ""}) {
+    SaverLibrary saver;
+    LogCapture log(saver.api());
+    EXPECT_EQ(initialize(saver, {directoryOption(path)}), 0U);
+    EXPECT_EQ(log.take(),
+              (std::vector<std::string>{
+                  "2: " + std::string(path == nullptr ? "NULL" : "Empty") +
+                  " output path provided, defaulting to ./saver_output/"}));
+    record(saver, 0);
+    EXPECT_TRUE(fs::exists("saver_output/saver_output.c"));
+    EXPECT_TRUE(fs::exists("saver_output/params.bin"));
+    fs::remove_all("saver_output");
+  }
+  fs::current_path(before);
+}
+
+TEST(SaverConfig, TimeStampWinsOverNames) {
+  const SaverLibrary saver;
+  ASSERT_EQ(initialize(saver, {option(1, 1), kFiles}), 0U);
+  record(saver, 0);
+  std::string model;
+  std::string data;
+  for (const auto& file : fs::directory_iterator(saver.directory())) {
+    const std::string name = file.path().filename().string();
+    (name.ends_with(".c") ? model : data) = name;
+  }
+  const std::string stamp = R"((\d\d-\d\d-\d{4})_(\d\d)_(\d\d)_(\d\d))";
+  std::smatch match;
+  ASSERT_TRUE(std::regex_match(model, match,
+                               std::regex("saver_output_" + stamp + "\\.c")));
+  const std::string text = readFile(saver.directory() / model);
+  EXPECT_NE(text.find(match.format("$1_$2:$3:$4")), std::string::npos);
+  EXPECT_EQ(data, match.format("params_$1_$2_$3_$4.bin"));
+  EXPECT_NE(text.find("fopen(\"" + data + "\", \"rb\")"), std::string::npos);
+}
+
+TEST(SaverConfig, BackendChoosesTheHeaders) {
+  for (const uint32_t id : {0U, 2U, 3U, 4U}) {
+    const SaverLibrary saver;
+    ASSERT_EQ(initialize(saver, {option(2, id)}), 0U);
+    record(saver, 0);
+    const std::string gpu =
+        "#include \"GPU/KivGpuBackend.h\"\n#include \"GPU/KivGpuGraph.h\"\n"
+        "#include \"GPU/KivGpuContext.h\"\n";
+    EXPECT_NE(saver.modelText().find("#include \"KivInterface.h\"\n" +
+                                     (id == 4 ? gpu : "") + "\n#define"),
+              std::string::npos)
+        << id;
+  }
+}
+
+TEST(SaverConfig, SwitchEndsOneProgramAndBeginsAnother) {
+  Client c;
+  std::optional<LogCapture> log(c.api);
+  const std::string directory = c.saver.directory().string() + "_other";
+  ASSERT_EQ(c.api.graphFinalize(c.graph, nullptr, nullptr), 0U);
+  const std::string first = c.saver.modelText();
+  ASSERT_EQ(initialize(c.saver, {kFiles, directoryOption(directory.c_str()),
+                                 option(2, 4), option(5, 0)}),
+            0U);
+  EXPECT_EQ(c.saver.modelText(), first + kFooter);
+  const fs::path model = fs::path(directory) / "b.c";
+  const std::string header = readFile(model);
+  EXPECT_TRUE(header.ends_with("&loghandle));\n   }\n"));
+  EXPECT_NE(header.find("fopen(\"b.bin\", \"rb\")"), std::string::npos);
+  EXPECT_NE(header.find("GPU/KivGpuGraph.h"), std::string::npos);
+
+  // Objects from before stay usable; each is told of once.
+  EXPECT_EQ(log->take(), std::vector<std::string>{});
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ(c.api.graphFinalize(c.graph, c.profile, nullptr), 0U);
+  constexpr const char* kForeign =
+      " was created before the output files were switched, the new model file "
+      "does not declare it";
+  const std::string warnings[] = {std::string("2: g") + kForeign,
+                                  std::string("2: profile_0") + kForeign};
+  const auto told = log->take();
+  EXPECT_TRUE(
+      std::is_permutation(told.begin(), told.end(), warnings, warnings + 2));
+  const std::string call =
+      recorded({validate("graphFinalize(g, profile_0, NULL)")});
+  EXPECT_EQ(readFile(model), header + call + call);
+  EXPECT_EQ(c.api.contextValidateBinary(nullptr, nullptr, nullptr, "data", 4),
+            0U);
+  EXPECT_EQ(readFile(fs::path(directory) / "b.bin"), "data");
+  const std::string last = readFile(model);
+  log.reset();
+  EXPECT_TRUE(c.saver.unload());
+  EXPECT_EQ(readFile(model), last);
+}
+
+TEST(SaverConfig, SwitchOntoTheSameFiles) {
+  const SaverLibrary saver;
+  LogCapture log(saver.api());
+  record(saver, 0);
+  const Option same = fileOption("saver_output.c", "params.bin");
+  EXPECT_EQ(initialize(saver, {same}), 0U);
+  EXPECT_EQ(log.take().size(), 1U);
+  record(saver, 1);
+  EXPECT_EQ(saver.calls(), recordText(1));
+  // Continued without a header nothing is lost.
+  EXPECT_EQ(initialize(saver, {same, option(4, 0)}), 0U);
+  EXPECT_EQ(log.take().size(), 0U);
+  record(saver, 2);
+  EXPECT_TRUE(
+      saver.modelText().ends_with(recordText(1) + kFooter + recordText(2)));
+}
+
+TEST(SaverConfig, FailedSwitchCanBeFollowedByOneThatSucceeds) {
+  const SaverLibrary saver;
+  LogCapture log(saver.api());
+  record(saver, 0);
+  fs::create_directory(saver.directory() / "taken");
+  const Option takenModel = fileOption("taken", "b.bin");
+  const Option takenData = fileOption("b.c", "taken");
+  constexpr const char* kCannotOpen = "1: Could not open file: taken";
+  EXPECT_EQ(initialize(saver, {takenModel}), 4999U);
+  EXPECT_EQ(log.take(),
+            (std::vector<std::string>{kCannotOpen,
+                                      "1: Failure when opening model file"}));
+  EXPECT_TRUE(saver.modelText().ends_with(recordText(0) + kFooter));
+  EXPECT_EQ(saver.api().propertyHasCapability(1), 1999U);
+  EXPECT_EQ(
+      log.take(),
+      (std::vector<std::string>{"1: Could not write data, FILE* is NULL"}));
+  EXPECT_EQ(initialize(saver, {takenData}), 4999U);
+  EXPECT_EQ(log.take(), (std::vector<std::string>{
+                            kCannotOpen, "1: Failure when opening data file"}));
+  EXPECT_EQ(initialize(saver, {fileOption("c.c", "c.bin")}), 0U);
+  record(saver, 2);
+  EXPECT_TRUE(readFile(saver.directory() / "c.c").ends_with(recordText(2)));
+}
+
+TEST(SaverConfig, SeveralSessionsWriteOneProgram) {
+  const TempDirectory temp;
+  const std::string path = temp.path().string();
+  const auto session = [&](uint32_t key, const char* data, bool header,
+                           bool footer) {
+    const SaverLibrary saver;
+    ASSERT_EQ(initialize(saver, {directoryOption(path.c_str()), kFiles,
+                                 option(4, header), option(5, footer)}),
+              0U);
+    record(saver, key);
+    EXPECT_EQ(
+        saver.api().contextValidateBinary(nullptr, nullptr, nullptr, data, 2),
+        0U);
+  };
+  session(0, "ab", true, false);
+  session(1, "cd", false, false);
+  session(2, "ef", false, true);
+  const std::string text = readFile(temp.path() / "b.c");
+  const std::string binary = recorded(
+      {"static uint8_t binaryBuffer_0[2];", "fread(binaryBuffer_0, 1, 2, fp);",
+       validate("contextValidateBinary(NULL, NULL, NULL, "
+                "binaryBuffer_0, 2)")});
+  const std::string calls = recordText(0) + binary + recordText(1) + binary +
+                            recordText(2) + binary + kFooter;
+  ASSERT_TRUE(text.ends_with(calls)) << text;
+  EXPECT_TRUE(text.substr(0, text.size() - calls.size())
+                  .ends_with("&loghandle));\n   }\n"));
+  EXPECT_EQ(readFile(temp.path() / "b.bin"), "abcdef");
+}
+
+}  // namespace
+}  // namespace kiv::test
