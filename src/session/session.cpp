@@ -4,6 +4,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/process.h"
+
 namespace kiv::session {
 namespace {
 
@@ -25,22 +27,26 @@ bool waitForOtherCalls() {
   return false;
 }
 
-// The session in storage that outlives it. One that is still in use at the end,
-// by a thread that hangs or was killed, is left as it is: its recording lacks
-// nothing but the footer.
+// The session in storage that outlives it. It is left as it is, without a
+// footer, when it is still in use at the end, by a thread that hangs or was
+// killed, and in a forked child, whose files are its parent's.
 class Holder {
  public:
-  Holder() : session_(new Session) {}
+  Holder() : creator_(platform::processId()), session_(new Session) {}
   ~Holder() {
     hasEnded = true;
-    if (waitForOtherCalls()) delete session_;
+    if (session() != nullptr && waitForOtherCalls()) delete session_;
   }
   Holder(const Holder&) = delete;
   Holder& operator=(const Holder&) = delete;
 
-  Session* session() const { return session_; }
+  // Null in a forked child.
+  Session* session() const {
+    return platform::processId() == creator_ ? session_ : nullptr;
+  }
 
  private:
+  const std::uint64_t creator_;
   Session* const session_;
 };
 

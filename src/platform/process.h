@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kiv::platform {
+
+// Differs in a forked child.
+std::uint64_t processId();
+
+}  // namespace kiv::platform
