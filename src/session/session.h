@@ -67,9 +67,9 @@ class Session {
 };
 
 // Holds on to the one session for the length of a call. get() is null once the
-// session has ended, since a call may come from a client's own exit handler, and
-// in a forked child. The session's end waits for calls that are under way on
-// other threads.
+// session has ended, since a call may come from a client's own exit handler,
+// and in a forked child. The session's end waits for calls that are under way
+// on other threads.
 class SessionUse {
  public:
   SessionUse();
