@@ -7,8 +7,10 @@ function(kiv_compile_options target)
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     $<$<BOOL:${KIV_WARNINGS_AS_ERRORS}>:-Werror>)
   if(KIV_SANITIZE)
+    # gcc takes what a sanitizer adds for uses of uninitialised variables.
     target_compile_options(${target} PRIVATE
-      -fsanitize=${KIV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+      -fsanitize=${KIV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(${target} PRIVATE -fsanitize=${KIV_SANITIZE})
   endif()
 endfunction()
