@@ -1,0 +1,224 @@
+#include "diagnostics/logger.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <regex>
+#include <thread>
+#include <vector>
+
+#include "comma_locale.h"
+#include "diagnostics/messages.h"
+#include "platform/clock.h"
+
+namespace kiv::log::test {
+namespace {
+
+struct Received {
+  std::string format;
+  std::int32_t level;
+  std::uint64_t time;
+  int argument;
+};
+
+std::vector<Received> received;
+
+void receive(const char* format, KivLog_Level_t level, std::uint64_t time,
+             va_list arguments) {
+  const int argument =
+      std::string_view(format).find('%') == std::string_view::npos
+          ? 0
+          : va_arg(arguments, int);
+  received.push_back({format, level, time, argument});
+}
+
+class LoggerTest : public testing::Test {
+ protected:
+  LoggerTest() { received.clear(); }
+  ~LoggerTest() override {
+    while (ok(Logger::free())) continue;
+  }
+};
+
+TEST_F(LoggerTest, RefusesLevelsOutsideOneToFive) {
+  for (const int level : {0, 6, -1, 0x7FFFFFFF}) {
+    EXPECT_EQ(Logger::create(receive, level), Status::kLogLevelInvalid);
+    EXPECT_FALSE(Logger::exists());
+  }
+  EXPECT_FALSE(Logger::setLevel(3)) << "there is no logger";
+  for (int level = 1; level <= 5; ++level) {
+    EXPECT_EQ(Logger::create(receive, level), Status::kOk);
+    EXPECT_TRUE(Logger::setLevel(level));
+  }
+  EXPECT_EQ(Logger::create(nullptr, 6), Status::kLogLevelInvalid);
+  for (const int level : {0, 6}) EXPECT_FALSE(Logger::setLevel(level));
+  log(Level::kWarning, "x");
+  EXPECT_EQ(received.size(), 1u) << "the logger and its level stay";
+}
+
+TEST_F(LoggerTest, PassesOnWhatIsNotAboveItsLevel) {
+  log(Level::kError, "nobody listens");
+  ASSERT_EQ(Logger::create(receive, 1), Status::kOk);
+  const auto logAll = [] {
+    received.clear();
+    for (int level = 1; level <= 5; ++level)
+      log(static_cast<Level>(level), "%d", level);
+    return received.size();
+  };
+  EXPECT_EQ(logAll(), 1u);
+  for (unsigned level = 1; level <= 5; ++level) {
+    EXPECT_TRUE(Logger::setLevel(static_cast<int>(level)));
+    EXPECT_EQ(logAll(), level);
+  }
+  for (int i = 0; i < 5; ++i) {
+    const Received& message = received[static_cast<std::size_t>(i)];
+    EXPECT_EQ(message.level, i + 1);
+    EXPECT_EQ(message.argument, i + 1);
+    EXPECT_EQ(message.format, "%d");
+  }
+}
+
+TEST_F(LoggerTest, TimesCountFromItsCreationInNanoseconds) {
+  const std::uint64_t before = platform::monotonicNanoseconds();
+  ASSERT_EQ(Logger::create(receive, 5), Status::kOk);
+  usleep(2000);
+  log(Level::kError, "a");
+  log(Level::kError, "b");
+  const std::uint64_t after = platform::monotonicNanoseconds();
+  ASSERT_EQ(received.size(), 2u);
+  EXPECT_GE(received[0].time, 2000000u);
+  EXPECT_GE(received[1].time, received[0].time);
+  EXPECT_LE(received[1].time, after - before);
+}
+
+TEST_F(LoggerTest, LivesUntilItsLastHandleIsFreed) {
+  EXPECT_EQ(Logger::free(), Status::kLoggerMissing);
+  ASSERT_EQ(Logger::create(receive, 1), Status::kOk);
+  ASSERT_EQ(Logger::create(receive, 2), Status::kOk);
+  log(Level::kWarning, "to the second");
+  EXPECT_EQ(Logger::free(), Status::kOk);
+  log(Level::kWarning, "to the second");
+  EXPECT_EQ(received.size(), 2u);
+  EXPECT_EQ(Logger::free(), Status::kOk);
+  EXPECT_FALSE(Logger::exists());
+  EXPECT_EQ(Logger::free(), Status::kLoggerMissing);
+}
+
+TEST_F(LoggerTest, CallbackMayUseTheLogger) {
+  const auto callback = [](const char* format, KivLog_Level_t level,
+                           std::uint64_t time, va_list arguments) {
+    receive(format, level, time, arguments);
+    if (received.size() > 1) return;
+    EXPECT_TRUE(Logger::exists());
+    EXPECT_TRUE(Logger::setLevel(2));
+    log(Level::kError, "from within");
+    EXPECT_EQ(Logger::free(), Status::kOk);
+    EXPECT_EQ(Logger::create(receive, 5), Status::kOk);
+    log(Level::kError, "to the next");
+  };
+  ASSERT_EQ(Logger::create(callback, 1), Status::kOk);
+  alarm(20);  // rather than hang
+  log(Level::kError, "%d", 1);
+  alarm(0);
+  ASSERT_EQ(received.size(), 3u);
+  EXPECT_EQ(received[1].format, "from within");
+  EXPECT_EQ(received[2].format, "to the next");
+}
+
+TEST_F(LoggerTest, MayBeReplacedWhileOthersLog) {
+  static std::atomic<int> count = 0;
+  const auto callback = [](const char*, KivLog_Level_t, std::uint64_t,
+                           va_list) { ++count; };
+  std::atomic<bool> done = false;
+  std::thread other([&] {
+    while (!done) log(Level::kError, "x");
+  });
+  for (int i = 0; i < 2000 || count == 0; ++i) {
+    EXPECT_EQ(Logger::create(callback, 5), Status::kOk);
+    EXPECT_TRUE(Logger::setLevel(1 + i % 5));
+    EXPECT_EQ(Logger::free(), Status::kOk);
+  }
+  done = true;
+  other.join();
+}
+
+TEST_F(LoggerTest, MessagesWaitUntilTheyAreSent) {
+  ASSERT_EQ(Logger::create(receive, 5), Status::kOk);
+  {
+    Messages messages;
+    EXPECT_EQ(messages.fail({Status::kBackendError, "first %d"}, 7),
+              Status::kBackendError);
+    messages.warn("second");
+    EXPECT_TRUE(received.empty());
+    messages.send();
+    ASSERT_EQ(received.size(), 2u);
+    EXPECT_EQ(received[0].level, 1);
+    EXPECT_EQ(received[0].argument, 7);
+    EXPECT_EQ(received[1].level, 2);
+    messages.send();
+    messages.warn("third");
+  }
+  EXPECT_EQ(received.size(), 3u) << "sent at the end at the latest";
+}
+
+// ---- the printer ----
+
+std::string printed(int level, std::uint64_t time, const char* format, ...) {
+  testing::internal::CaptureStdout();
+  va_list arguments;
+  va_start(arguments, format);
+  KivLog_Level_t apiLevel{};
+  std::memcpy(&apiLevel, &level, sizeof(apiLevel));
+  printMessage(format, apiLevel, time, arguments);
+  va_end(arguments);
+  std::fflush(stdout);
+  return testing::internal::GetCapturedStdout();
+}
+
+TEST_F(LoggerTest, PrinterShowsTimeLevelAndMessage) {
+  const struct {
+    int level;
+    const char* word;
+  } levels[] = {{1, " ERROR "}, {2, "WARNING"},         {3, "  INFO "},
+                {4, "VERBOSE"}, {5, " DEBUG "},         {6, "       "},
+                {0, "       "}, {0x7FFFFFFF, "UNKNOWN"}};
+  for (const auto& level : levels)
+    EXPECT_EQ(printed(level.level, 1'234'567'890, "%s is %ld", "x", 7L),
+              "  1234.6ms [" + std::string(level.word) + "] x is 7\n");
+  const kiv::test::CommaLocale locale;
+  EXPECT_EQ(printed(1, 50'000, "m"), "     0.1ms [ ERROR ] m\n");
+  EXPECT_EQ(printed(1, 123'456'789'012'345, "m"),
+            "123456789.0ms [ ERROR ] m\n");
+}
+
+TEST_F(LoggerTest, PrinterCutsALineAtItsBuffer) {
+  const std::string text(2000, 'x');
+  const std::string start = "     1.0ms [ ERROR ] ";
+  EXPECT_EQ(printed(1, 1'000'000, "%s", text.c_str()),
+            start + text.substr(0, 1023 - start.size()) + "\n");
+}
+
+TEST_F(LoggerTest, PrinterCountsFromItsStartWhenGivenNoTime) {
+  setPrinterStart(platform::monotonicNanoseconds() - 5'000'000'000);
+  EXPECT_TRUE(std::regex_match(printed(1, 0, "m"),
+                               std::regex("  5\\d\\d\\d\\.\\dms .*\n")));
+}
+
+TEST_F(LoggerTest, ANullCallbackSelectsThePrinter) {
+  ASSERT_EQ(Logger::create(nullptr, 1), Status::kOk);
+  testing::internal::CaptureStdout();
+  log(Level::kWarning, "dropped");
+  log(Level::kError, "%s", "shown");
+  std::fflush(stdout);
+  const std::string line = testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(std::regex_match(
+      line, std::regex(" *\\d+\\.\\dms \\[ ERROR \\] shown\n")))
+      << line;
+  EXPECT_EQ(line.find("ms ["), 8u);
+}
+
+}  // namespace
+}  // namespace kiv::log::test
