@@ -5,11 +5,6 @@ namespace {
 
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-constexpr bool isIdentifierCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || isDigit(c) ||
-         c == '_';
-}
-
 constexpr std::string_view kReplaced = " /|-:;.,+";
 
 }  // namespace

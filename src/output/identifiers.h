@@ -5,6 +5,12 @@
 
 namespace kiv::output {
 
+// An ASCII letter or digit or "_", in every locale.
+constexpr bool isIdentifierCharacter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+         (c >= '0' && c <= '9') || c == '_';
+}
+
 // Turns a client's name into a C identifier:
 //  1. ASCII letters, digits and "_" stay, in every locale;
 //  2. each of " /|-:;.,+" becomes "_";

@@ -57,8 +57,9 @@ OutputSettings changed(OutputSettings settings, const OutputChanges& changes) {
 
 }  // namespace
 
-OutputFiles::OutputFiles()
-    : data_(settings_.directory, settings_.dataFileName),
+OutputFiles::OutputFiles(IdentifierVisitor onExisting)
+    : onExisting_(std::move(onExisting)),
+      data_(settings_.directory, settings_.dataFileName),
       model_(settings_.directory, settings_.modelFileName) {}
 
 Status OutputFiles::start() {
@@ -71,19 +72,22 @@ Status OutputFiles::start() {
 }
 
 bool OutputFiles::openBoth() {
-  useSettings();
-  if (model_.open() && writeHeader() && data_.open()) return true;
+  if (openModel() && writeHeader() && data_.open()) return true;
   if (model_.isOpen()) model_.close();
   return false;
 }
 
-// Without a header both files are continued: several sessions can write one
-// program together.
-void OutputFiles::useSettings() {
+// Opens the model file as the settings say, and makes the data file ready to be
+// opened. Without a header both are continued: several sessions can write one
+// program together, each with names that the others have not used.
+bool OutputFiles::openModel() {
   model_.setLocation(settings_.directory, settings_.modelFileName);
   model_.setFrame(settings_.writeHeader, settings_.writeFooter);
   data_.setLocation(settings_.directory, settings_.dataFileName);
   data_.setAppend(!settings_.writeHeader);
+  if (!settings_.writeHeader)
+    visitIdentifiers(pathOf(settings_, settings_.modelFileName), onExisting_);
+  return model_.open();
 }
 
 bool OutputFiles::writeHeader() {
@@ -124,8 +128,7 @@ Status OutputFiles::switchFiles(const OutputChanges& changes,
     messages.warn(kOverwriting);
   ++program_;
   adopt(std::move(next));
-  useSettings();
-  if (!model_.open()) return failed("Failure when opening model file");
+  if (!openModel()) return failed("Failure when opening model file");
   if (!writeHeader()) return failed("Failure when writing model header");
   if (!data_.open()) return failed("Failure when opening data file");
   return Status::kOk;

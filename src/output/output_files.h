@@ -11,6 +11,7 @@
 #include "diagnostics/messages.h"
 #include "output/code_stream.h"
 #include "output/data_file.h"
+#include "output/existing_program.h"
 #include "output/model_file.h"
 
 namespace kiv::output {
@@ -55,7 +56,9 @@ struct OutputChanges {
 // the files are logged under the lock.
 class OutputFiles {
  public:
-  OutputFiles();
+  // `onExisting` gets the identifiers of a model file that is to be continued,
+  // before it is; it may be called with the files locked.
+  explicit OutputFiles(IdentifierVisitor onExisting);
 
   // Opens both files and writes the header, unless that has been done. What
   // was opened is closed again when a later step fails.
@@ -80,13 +83,14 @@ class OutputFiles {
 
  private:
   bool openBoth();
-  void useSettings();
+  bool openModel();
   bool writeHeader();
   void adopt(OutputSettings settings);
   Status switchFiles(const OutputChanges& changes, Messages& messages);
   Status writeCall(const std::vector<DataRun>& runs, std::string_view text,
                    const WriteFailures& failures);
 
+  const IdentifierVisitor onExisting_;
   std::mutex mutex_;
   std::atomic<bool> started_ = false;
   // settings_.backendId, to be read without the lock.

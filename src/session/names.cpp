@@ -41,6 +41,11 @@ std::string Names::claim(std::string_view name, Family family) {
   return result;
 }
 
+void Names::reserve(std::string_view name) {
+  const std::lock_guard lock(mutex_);
+  if (!variables_.contains(name)) take(std::string(name), Family::kPlain);
+}
+
 void Names::release(const std::string& name) {
   const std::lock_guard lock(mutex_);
   const auto found = variables_.find(name);

@@ -26,6 +26,9 @@ class Names {
   // The name as it is when it is free, else unique(name).
   std::string claim(std::string_view name, Family family = Family::kPlain);
 
+  // Takes a name that the program has from elsewhere.
+  void reserve(std::string_view name);
+
   // Gives a claimed name back, whose call has not been recorded.
   void release(const std::string& name);
 

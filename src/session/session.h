@@ -56,8 +56,9 @@ class Session {
   Handle newObject(Registry<Object>& registry, std::string_view prefix,
                    Family family);
 
-  output::OutputFiles files_;
   Names names_;
+  output::OutputFiles files_{
+      [this](std::string_view name) { names_.reserve(name); }};
   Registry<SaverContext> contexts_;
   Registry<SaverProfile> profiles_;
   Registry<SaverDevice> devices_;

@@ -324,12 +324,16 @@ TEST(SaverConfig, SeveralSessionsWriteOneProgram) {
   session(1, "cd", false, false);
   session(2, "ef", false, true);
   const std::string text = readFile(temp.path() / "b.c");
-  const std::string binary = recorded(
-      {"static uint8_t binaryBuffer_0[2];", "fread(binaryBuffer_0, 1, 2, fp);",
-       validate("contextValidateBinary(NULL, NULL, NULL, "
-                "binaryBuffer_0, 2)")});
-  const std::string calls = recordText(0) + binary + recordText(1) + binary +
-                            recordText(2) + binary + kFooter;
+  // Each session's names begin behind those that the program has.
+  std::string calls;
+  for (const int key : {0, 1, 2}) {
+    const std::string name = "binaryBuffer_" + std::to_string(key);
+    calls += recordText(static_cast<uint32_t>(key));
+    calls += recorded(
+        {"static uint8_t " + name + "[2];", "fread(" + name + ", 1, 2, fp);",
+         validate("contextValidateBinary(NULL, NULL, NULL, " + name + ", 2)")});
+  }
+  calls += kFooter;
   ASSERT_TRUE(text.ends_with(calls)) << text;
   EXPECT_TRUE(text.substr(0, text.size() - calls.size())
                   .ends_with("&loghandle));\n   }\n"));

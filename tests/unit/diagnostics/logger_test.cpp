@@ -73,6 +73,7 @@ TEST_F(LoggerTest, PassesOnWhatIsNotAboveItsLevel) {
     EXPECT_TRUE(Logger::setLevel(static_cast<int>(level)));
     EXPECT_EQ(logAll(), level);
   }
+  ASSERT_EQ(received.size(), 5u);
   for (int i = 0; i < 5; ++i) {
     const Received& message = received[static_cast<std::size_t>(i)];
     EXPECT_EQ(message.level, i + 1);

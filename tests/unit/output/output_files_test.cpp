@@ -42,7 +42,7 @@ class OutputFilesTest : public testing::Test {
 
   kiv::test::TempDirectory temp_;
   kiv::test::LoggedMessages log_;
-  OutputFiles files_;
+  OutputFiles files_{[](std::string_view) {}};
 };
 
 TEST_F(OutputFilesTest, StartsOnceWithTheHeaderOfTheBackend) {
@@ -96,7 +96,7 @@ TEST_F(OutputFilesTest, ACallIsWrittenWholeOrNotAtAll) {
   const std::vector<DataRun> runs = {{"abcdef", 2, 3}, {"ghi", 1, 3}};
   for (const bool header : {true, false}) {
     for (const bool failInData : {false, true}) {
-      OutputFiles files;
+      OutputFiles files([](std::string_view) {});
       const fs::path out = temp_.path() / "whole";
       fs::remove_all(out);
       fs::create_directory(out);
@@ -178,6 +178,13 @@ TEST_F(OutputFilesTest, SwitchesToNewFilesWithFooterAndHeader) {
   const std::string header = model();
   OutputChanges changes;
   changes.fileNames = {"b.c", "b.bin"};
+  {
+    // Part of a footer would spoil what is written behind it.
+    const FileSizeLimit limit(header.size() + 10);
+    EXPECT_EQ(files_.configure(changes, true), Status::kBackendError);
+  }
+  EXPECT_EQ(model(), header);
+  EXPECT_EQ(log_.take().back(), "1: Failure when writing model footer");
   EXPECT_EQ(files_.configure(changes, true), Status::kOk);
   EXPECT_EQ(files_.program(), 1u);
   ASSERT_EQ(append("b;\n", {{"b", 1, 1}}), Status::kOk);

@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Three processes write one program together, the first its header, the last its
+# footer; its replay makes the calls of all three.
+#
+#   three_processes.sh CLIENT SAVER TRACER NETWORK COMPILER...
+set -euo pipefail
+
+client=$1 saver=$2 tracer=$3 network=$4
+shift 4
+include=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../include" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+record() { # SEED OPTION...
+  "$client" --backend "$saver" --output-dir "$work/recording" \
+      --model-file all.c --data-file all.bin --seed "$@" "$network"
+  KIV_TRACER_OUTPUT="$work/direct.$1" "$client" --backend "$tracer" \
+      --seed "$1" "$network"
+}
+record 1 --no-footer
+record 2 --no-header --no-footer
+record 3 --no-header
+
+# Numbers of handles and tensors go on where each process begins anew.
+calls() { sed -E 's/#[0-9]+/#/g; s/id=[0-9]+/id=/g' "$@"; }
+
+for compiler in "$@"; do
+  # shellcheck disable=SC2086  # the flags are words of their own
+  $compiler -std=gnu11 -w -I"$include" "$work/recording/all.c" \
+      -o "$work/replay" "$tracer" -Wl,-rpath,"$(dirname "$tracer")"
+  (cd "$work/recording" && KIV_TRACER_OUTPUT="$work/replayed" ../replay)
+  diff <(calls "$work"/direct.{1,2,3}) <(calls "$work/replayed")
+done
