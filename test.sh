@@ -2,8 +2,8 @@
 # ./test.sh [preset...]
 #
 # Checks the format of all sources, then builds and tests each preset: debug,
-# clang, asan and tsan, or those named. The last line sums up; the exit status
-# tells whether all passed.
+# clang, asan and tsan, or those named; windows (under Wine) is another one. The
+# last line sums up; the exit status tells whether all passed.
 set -euo pipefail
 export LC_ALL=C
 
@@ -30,7 +30,7 @@ check_format() {
 }
 
 # Adds up the line "100% tests passed, 0 tests failed out of 20".
-count_tests() { # OUTPUT
+count_tests() { # OUTPUT PRESET
   local summary total bad
   summary=$(sed -nE \
     's/^[0-9]+% tests passed, ([0-9]+) tests? failed out of ([0-9]+)$/\1 \2/p' \
@@ -42,6 +42,7 @@ count_tests() { # OUTPUT
   read -r bad total <<<"$summary"
   failed=$((failed + bad))
   passed=$((passed + total - bad))
+  echo "$2: $((total - bad)) passed, $bad failed"
 }
 
 run_preset() { # PRESET
@@ -53,7 +54,7 @@ run_preset() { # PRESET
   fi
   local output=build/$1/ctest_output.txt
   ctest --preset "$1" -j2 --output-on-failure 2>&1 | tee "$output" || true
-  count_tests "$output"
+  count_tests "$output" "$1"
 }
 
 main() {

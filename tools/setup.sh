@@ -8,6 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev libonnx-dev libprotobuf-dev protobuf-compiler libonnx-testdata
   clang-format clang-tidy
+  g++-mingw-w64-x86-64-posix googletest wine wine64
 )
 
 # Takes a pattern, too; then one package that fits it is enough.

@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "records.h"
 
 namespace kiv::tracer {
@@ -23,8 +25,11 @@ void printValue(LineWriter& line, const KivGpuContext_CustomConfig_t& config) {
   }
 }
 
-bool isKnown(KivGpuContext_ConfigOption_t option) {
-  return option <= KIV_GPU_CONTEXT_CONFIG_OPTION_INVALIDATE_KERNEL_REPO;
+// The number may be any, also one that the enum does not have.
+bool isKnown(const KivGpuContext_ConfigOption_t& option) {
+  std::uint32_t number = 0;
+  std::memcpy(&number, &option, sizeof(number));
+  return number <= KIV_GPU_CONTEXT_CONFIG_OPTION_INVALIDATE_KERNEL_REPO;
 }
 
 }  // namespace

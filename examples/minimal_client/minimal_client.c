@@ -16,7 +16,8 @@
 #ifdef _WIN32
 #include <windows.h>
 #define openLibrary(path) ((void*)LoadLibraryA(path))
-#define findFunction(library, name) GetProcAddress((HMODULE)(library), name)
+#define findFunction(library, name) \
+  ((void*)(uintptr_t)GetProcAddress((HMODULE)(library), name))
 #define closeLibrary(library) FreeLibrary((HMODULE)(library))
 #else
 #include <dlfcn.h>
@@ -37,7 +38,7 @@ static void require(int condition, const char* what) {
 /* The functions are in a table of the library's first provider. */
 static const KIV_INTERFACE_VER_TYPE* findInterface(void* library) {
   KivInterface_GetProvidersFn_t getProviders = NULL;
-  void* address = (void*)findFunction(library, "KivInterface_getProviders");
+  void* address = findFunction(library, "KivInterface_getProviders");
   require(address != NULL, "finding KivInterface_getProviders");
   memcpy(&getProviders, &address, sizeof(getProviders));
 

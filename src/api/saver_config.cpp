@@ -4,6 +4,7 @@
 
 #include "Saver/KivSaver.h"
 #include "api/entry.h"
+#include "output/literals.h"
 #include "output/output_files.h"
 #include "platform/local_time.h"
 #include "writers/enum_value.h"
@@ -25,6 +26,11 @@ constexpr Failure kNullFileName = {Status::kInvalidArgument,
 constexpr Failure kSlashInFileName = {
     Status::kInvalidArgument,
     "Model filename or data filename contain slashes"};
+constexpr Failure kSameFileNames = {
+    Status::kInvalidArgument, "Model filename and data filename are the same"};
+constexpr const char* kUnsafeFileName =
+    "The data filename stands in the generated program as it is and will not "
+    "read back so: %s";
 constexpr Failure kUnknownOption = {
     Status::kInvalidArgument, "Unknown Saver config option provided: %ld"};
 
@@ -81,6 +87,9 @@ Status readFileNames(const KivSaver_FileConfig_t& config,
   const std::string data = config.dataFileName;
   if ((model + data).find_first_of("/\\") != std::string::npos)
     return fail(kSlashInFileName);
+  if (model == data) return fail(kSameFileNames);
+  if (output::isUnsafeInLiteral(data) || data.find('%') != std::string::npos)
+    log::log(log::Level::kWarning, kUnsafeFileName, data.c_str());
   changes.fileNames = OutputChanges::FileNames{model, data};
   return Status::kOk;
 }

@@ -50,9 +50,10 @@ bool ModelFile::writeString(std::string_view text) {
   return stream_.flush();
 }
 
-// Part of a footer would spoil what is written behind it.
+// Part of a footer would spoil what is written behind it. A file that holds
+// part of a call gets none: it can be ended, but is no program.
 bool ModelFile::writeFooter() {
-  if (!writeFooter_) return true;
+  if (!writeFooter_ || stream_.isDamaged()) return true;
   const auto mark = stream_.mark();
   if (writeString(programFooter())) return true;
   if (mark) stream_.restore(*mark);

@@ -25,6 +25,8 @@ class OutputStream {
   bool open(std::string& directory, const std::string& fileName,
             platform::OpenMode mode);
   bool isOpen() const { return stream_ != nullptr; }
+  // Whether restore() failed, and nothing is written any more.
+  bool isDamaged() const { return damaged_; }
 
   // Appends `count` elements; returns how many were written, or nothing when
   // there is no stream to write to. All or nothing is the caller's to make, by

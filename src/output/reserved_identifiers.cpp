@@ -34,8 +34,7 @@ constexpr std::string_view kProgram[] = {
 };
 
 // Macros without arguments that gcc, clang and MinGW have after the includes
-// of the generated program, except those that rule 1
-// below covers.
+// of the generated program, except those that rule 1 below covers.
 constexpr std::string_view kMacros[] = {
     "BIG_ENDIAN",
     "BUFSIZ",

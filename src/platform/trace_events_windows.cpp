@@ -17,6 +17,7 @@ namespace {
 // Constants that not every version of the headers has.
 constexpr auto kSetProviderTraits = std::bit_cast<EVENT_INFO_CLASS>(2U);
 constexpr ULONG kDisableProvider = 0;
+constexpr ULONG kEnableProvider = 1;
 constexpr ULONG kPlainData = 0;
 constexpr ULONG kEventMetadata = 1;
 constexpr ULONG kProviderMetadata = 2;
@@ -65,21 +66,23 @@ class Provider {
     return ::EventWriteTransfer(handle_, &event, nullptr, nullptr, 3, data);
   }
 
+  // Level 0 of a listener means every level. Of the further controls none
+  // changes who listens.
+  static void NTAPI onEnable(LPCGUID, ULONG control, UCHAR level, ULONGLONG,
+                             ULONGLONG, PEVENT_FILTER_DESCRIPTOR,
+                             PVOID context) {
+    constexpr int kEveryLevel = 0xFF;
+    auto* provider = static_cast<Provider*>(context);
+    if (control == kDisableProvider) provider->enabledLevel_ = 0;
+    if (control == kEnableProvider)
+      provider->enabledLevel_ = level == 0 ? kEveryLevel : level;
+  }
+
  private:
   static void describe(EVENT_DATA_DESCRIPTOR& descriptor, const void* bytes,
                        std::size_t size, ULONG type) {
     ::EventDataDescCreate(&descriptor, bytes, static_cast<ULONG>(size));
     descriptor.Reserved = type;
-  }
-
-  // Level 0 of a listener means every level.
-  static void NTAPI onEnable(LPCGUID, ULONG isEnabled, UCHAR level, ULONGLONG,
-                             ULONGLONG, PEVENT_FILTER_DESCRIPTOR,
-                             PVOID context) {
-    constexpr int kEveryLevel = 0xFF;
-    auto* provider = static_cast<Provider*>(context);
-    const int enabled = level == 0 ? kEveryLevel : level;
-    provider->enabledLevel_ = isEnabled == kDisableProvider ? 0 : enabled;
   }
 
   std::vector<std::uint8_t> providerMetadata_;

@@ -11,8 +11,7 @@
 
 namespace kiv::session {
 
-// The backends by handle. Handles count from 1. From any
-// thread.
+// The backends by handle. Handles count from 1. From any thread.
 class BackendTable {
  public:
   Handle add(std::string variable, std::uint32_t program) {

@@ -22,6 +22,7 @@ bool waitForOtherCalls() {
   constexpr int kMostSteps = 5000;
   for (int i = 0; i < kMostSteps; ++i) {
     if (callsUnderWay == callsOfThisThread) return true;
+    if (platform::isLastThreadOfProcess()) return false;
     std::this_thread::sleep_for(kStep);
   }
   return false;
@@ -60,10 +61,17 @@ Session* theSession() {
 SessionUse::SessionUse() {
   ++callsOfThisThread;
   ++callsUnderWay;
-  if (!hasEnded) session_ = theSession();
+  try {
+    if (!hasEnded) session_ = theSession();
+  } catch (...) {
+    leave();
+    throw;
+  }
 }
 
-SessionUse::~SessionUse() {
+SessionUse::~SessionUse() { leave(); }
+
+void SessionUse::leave() {
   --callsUnderWay;
   --callsOfThisThread;
 }

@@ -81,6 +81,8 @@ class SessionUse {
   Session* get() const { return session_; }
 
  private:
+  static void leave();
+
   Session* session_ = nullptr;
 };
 

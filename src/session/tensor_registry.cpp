@@ -28,13 +28,23 @@ TensorRegistry::Added TensorRegistry::add(
   return Added::kYes;
 }
 
+// Registries may be nested deeply, so neither the search nor the end recurses.
 std::shared_ptr<const Variable> TensorRegistry::find(std::uint32_t id) const {
-  {
-    const std::lock_guard lock(mutex_);
-    const auto found = variables_.find(id);
-    if (found != variables_.end()) return found->second;
+  for (const TensorRegistry* registry = this; registry != nullptr;
+       registry = registry->outer_.get()) {
+    const std::lock_guard lock(registry->mutex_);
+    const auto found = registry->variables_.find(id);
+    if (found != registry->variables_.end()) return found->second;
   }
-  return outer_ == nullptr ? nullptr : outer_->find(id);
+  return nullptr;
+}
+
+TensorRegistry::~TensorRegistry() {
+  auto outer = std::move(outer_);
+  while (outer != nullptr && outer.use_count() == 1) {
+    auto next = std::move(outer->outer_);
+    outer = std::move(next);
+  }
 }
 
 }  // namespace kiv::session

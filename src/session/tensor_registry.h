@@ -21,6 +21,9 @@ class TensorRegistry {
   // registry of the graph above a subgraph, or of a graph's context.
   TensorRegistry(std::string ownerVariable,
                  std::shared_ptr<const TensorRegistry> outer);
+  ~TensorRegistry();
+  TensorRegistry(const TensorRegistry&) = delete;
+  TensorRegistry& operator=(const TensorRegistry&) = delete;
 
   // The next variable: owner's + "_tensor_" + a counter from 0.
   std::string makeVariable();
@@ -36,7 +39,8 @@ class TensorRegistry {
 
  private:
   const std::string ownerVariable_;
-  const std::shared_ptr<const TensorRegistry> outer_;
+  // Changed at the end only.
+  mutable std::shared_ptr<const TensorRegistry> outer_;
   mutable std::mutex mutex_;
   std::uint32_t nextNumber_ = 0;
   std::unordered_map<std::uint32_t, std::shared_ptr<const Variable>> variables_;

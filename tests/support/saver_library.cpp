@@ -1,8 +1,5 @@
 #include "support/saver_library.h"
 
-#include <dlfcn.h>
-
-#include <stdexcept>
 #include <vector>
 
 namespace kiv::test {
@@ -15,35 +12,22 @@ constexpr const char* kFooterStart =
     "   if (logging) {\n"
     "     VALIDATE(error, interface.logFree(loghandle));\n";
 
-template <typename Function>
-Function symbol(void* library, const char* name) {
-  void* address = dlsym(library, name);
-  if (address == nullptr) throw std::runtime_error(name);
-  return reinterpret_cast<Function>(address);
-}
-
 }  // namespace
 
 SaverLibrary::SaverLibrary()
-    : directory_(temp_.path() / "recording"),
-      library_(dlopen(KIV_SAVER_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {
-  if (library_ == nullptr) throw std::runtime_error(dlerror());
+    : directory_(temp_.path() / "recording"), library_(KIV_SAVER_LIBRARY) {
   const KivInterface_t** providers = nullptr;
   uint32_t count = 0;
-  symbol<KivInterface_GetProvidersFn_t>(library_, "KivInterface_getProviders")(
+  library_.function<KivInterface_GetProvidersFn_t>("KivInterface_getProviders")(
       &providers, &count);
   provider_ = providers[0];
   initialize_ =
-      symbol<KivSaver_InitializeFn_t>(library_, "KivSaver_initialize");
+      library_.function<KivSaver_InitializeFn_t>("KivSaver_initialize");
   const std::string text = directory_.string();
   KivSaver_Config_t option{};
   option.option = KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY;
   option.outputDirectory = text.c_str();
   initialize({&option});
-}
-
-SaverLibrary::~SaverLibrary() {
-  if (library_ != nullptr) unload();
 }
 
 Kiv_ErrorHandle_t SaverLibrary::initialize(
@@ -70,11 +54,8 @@ std::string SaverLibrary::calls() const {
 }
 
 bool SaverLibrary::unload() {
-  dlclose(library_);
-  library_ = nullptr;
-  void* stillThere = dlopen(KIV_SAVER_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
-  if (stillThere != nullptr) dlclose(stillThere);
-  return stillThere == nullptr;
+  library_.unload();
+  return !DynamicLibrary::isLoaded(KIV_SAVER_LIBRARY);
 }
 
 }  // namespace kiv::test

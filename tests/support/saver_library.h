@@ -6,6 +6,7 @@
 
 #include "KivInterface.h"
 #include "Saver/KivSaver.h"
+#include "support/dynamic_library.h"
 #include "support/files.h"
 
 namespace kiv::test {
@@ -20,7 +21,6 @@ namespace kiv::test {
 class SaverLibrary {
  public:
   SaverLibrary();
-  ~SaverLibrary();
   SaverLibrary(const SaverLibrary&) = delete;
   SaverLibrary& operator=(const SaverLibrary&) = delete;
 
@@ -47,7 +47,7 @@ class SaverLibrary {
  private:
   TempDirectory temp_;
   std::filesystem::path directory_;
-  void* library_;
+  DynamicLibrary library_;
   const KivInterface_t* provider_ = nullptr;
   KivSaver_InitializeFn_t initialize_ = nullptr;
 };

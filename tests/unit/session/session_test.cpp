@@ -39,6 +39,8 @@ TEST(SessionTest, NamesObjectsByKind) {
     return object->variable().name();
   };
   EXPECT_EQ(nameOf(session.contexts().find(session.newContext())), "context_1");
+  EXPECT_EQ(session.names().claim("context_1_tensor_0", Family::kGraph),
+            "context_1_tensor_0_0");
   EXPECT_EQ(nameOf(session.devices().find(session.newDevice())), "device_0");
   EXPECT_EQ(nameOf(session.profiles().find(session.newProfile())), "profile_0");
   EXPECT_EQ(session.nextTensorId(), 1u);

@@ -161,7 +161,7 @@ TEST_F(ConfigWriterTest, CustomConfigsDependOnTheBackend) {
       return write(family, config, id);
     };
   };
-  const std::uint32_t ids[] = {0, 2, 3, 4, 1, 4294967295u};
+  const std::uint32_t ids[] = {0, 2, 3, 4, 1, 2147483646u};
   const struct {
     std::function<Status(std::uint32_t)> write;
     std::uint32_t code;
@@ -169,7 +169,7 @@ TEST_F(ConfigWriterTest, CustomConfigsDependOnTheBackend) {
   } rows[] = {
       {custom(backendConfigs(), KivBackend_Config_t{}, &gpuContext),
        4004,
-       {a, b, c, d, h + "1", h + "4294967295"}},
+       {a, b, c, d, h + "1", h + "2147483646"}},
       {custom(contextConfigs(), KivContext_Config_t{}, &gpuContext),
        5000,
        {a, e, e, written, e, e}},
@@ -178,10 +178,10 @@ TEST_F(ConfigWriterTest, CustomConfigsDependOnTheBackend) {
        {a, f, f, f, f, f}},
       {custom(graphConfigs(), KivGraph_Config_t{}, &gpuGraph),
        6000,
-       {a, b, c, written, i + "1", i + "4294967295"}},
+       {a, b, c, written, i + "1", i + "2147483646"}},
       {custom(profileConfigs(), KivProfile_Config_t{}, &gpuContext),
        1004,
-       {a, b, g + "3", g + "4", g + "1", g + "4294967295"}},
+       {a, b, g + "3", g + "4", g + "1", g + "2147483646"}},
   };
   for (const auto& row : rows) {
     for (std::size_t column = 0; column < std::size(ids); ++column) {

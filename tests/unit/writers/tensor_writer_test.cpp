@@ -155,7 +155,7 @@ TEST_F(TensorWriterTest, RefusesWhatItCannotWrite) {
       {1, 0x0008, 0x7FFFFFFF, 1, 6004, mem, 2},
       {9, 0x0000, 0x7FFFFFFF, 2, 6004, mem, 2},
       {0, 0x0608, 0x7FFFFFFF, 1, 7999, type("1544"), 2},
-      {0, 0xFFFFFFFF, 0x7FFFFFFF, 2, 7999, type("4294967295"), 2},
+      {0, 0x7FFFFFFE, 0x7FFFFFFF, 2, 7999, type("2147483646"), 2},
       {1,
        0x0008,
        4,

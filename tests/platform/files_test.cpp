@@ -1,0 +1,98 @@
+#include "platform/files.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "support/files.h"
+
+namespace kiv::platform {
+namespace {
+
+constexpr std::uint64_t kGiB = std::uint64_t{1} << 30;
+
+struct Close {
+  void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, Close>;
+
+class Files : public testing::Test {
+ protected:
+  std::string path(const std::string& name) const {
+    return (temp_.path() / name).string();
+  }
+  Stream open(OpenMode mode) const {
+    return Stream(openForWriting(path("file"), mode));
+  }
+  static void write(const Stream& stream, std::string_view text) {
+    EXPECT_EQ(std::fwrite(text.data(), 1, text.size(), stream.get()),
+              text.size());
+  }
+  std::string content() const { return test::readFile(path("file")); }
+
+  const test::TempDirectory temp_;
+};
+
+TEST_F(Files, BytesAreThereAtOnceAsTheyWereWritten) {
+  const Stream stream = open(OpenMode::kTruncate);
+  ASSERT_NE(stream, nullptr);
+  write(stream, "one\ntwo\r\n\x1A");
+  EXPECT_EQ(content(), "one\ntwo\r\n\x1A");
+  EXPECT_EQ(fileSize(stream.get()), 10U);
+}
+
+TEST_F(Files, OthersMayOpenTheFileMeanwhile) {
+  const Stream first = open(OpenMode::kTruncate);
+  const Stream second = open(OpenMode::kAppend);
+  ASSERT_NE(second, nullptr);
+  write(first, "first ");
+  write(second, "second");
+  EXPECT_EQ(content(), "first second");
+}
+
+TEST_F(Files, WritingGoesOnWhereAFileWasCut) {
+  for (const OpenMode mode : {OpenMode::kTruncate, OpenMode::kAppend}) {
+    const Stream stream = open(mode);
+    write(stream, "kept, lost");
+    ASSERT_TRUE(truncateFile(stream.get(), 4));
+    EXPECT_EQ(fileSize(stream.get()), 4U);
+    write(stream, "!");
+    EXPECT_EQ(content(), "kept!");
+    ASSERT_TRUE(truncateFile(stream.get(), 0));
+  }
+}
+
+// Sizes that do not fit into 31 and 32 bits. The bytes in front are a hole.
+TEST_F(Files, SizesAreNotLimited) {
+  const Stream stream = open(OpenMode::kTruncate);
+  for (const std::uint64_t size : {2 * kGiB, 4 * kGiB, 5 * kGiB}) {
+    ASSERT_TRUE(truncateFile(stream.get(), size - 1));
+    write(stream, "abc");
+    EXPECT_EQ(fileSize(stream.get()), size + 2);
+    ASSERT_TRUE(truncateFile(stream.get(), size));
+    EXPECT_EQ(fileSize(stream.get()), size);
+    EXPECT_EQ(std::filesystem::file_size(path("file")), size);
+  }
+}
+
+TEST_F(Files, DirectoriesAndFilesAreToldApart) {
+  const std::string directory = path("directory");
+  EXPECT_FALSE(pathExists(directory));
+  EXPECT_FALSE(isDirectory(directory));
+  EXPECT_TRUE(createDirectory(directory));
+  EXPECT_FALSE(createDirectory(directory));
+  EXPECT_FALSE(createDirectory(path("no/parent")));
+  const std::string file = path("file");
+  test::writeFile(file, "");
+  for (const char* slashes : {"", "/", "//"}) {
+    EXPECT_TRUE(isDirectory(directory + slashes)) << slashes;
+    EXPECT_TRUE(pathExists(file + slashes)) << slashes;
+    EXPECT_FALSE(isDirectory(file + slashes)) << slashes;
+  }
+  EXPECT_EQ(openForWriting(directory, OpenMode::kTruncate), nullptr);
+  EXPECT_EQ(openForWriting(path("no/file"), OpenMode::kTruncate), nullptr);
+  EXPECT_TRUE(isDirectory("/"));
+}
+
+}  // namespace
+}  // namespace kiv::platform

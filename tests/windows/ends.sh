@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Whichever way a client ends, its recording ends with the program's footer and
+# nobody waits. Only a call that is under way on another thread when the process
+# ends can keep the footer away.
+#
+#   ends.sh RUNNER HOST LIBRARY
+set -euo pipefail
+runner=$1 host=$2 library=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+fail() {
+  echo "$end: $1"
+  exit 1
+}
+
+is_finished() { # FILE
+  [ "$(tail -n 1 "$1")" = '}' ] && ! grep -q $'\r' "$1"
+}
+
+for end in free exit exit-in-callback exit-in-thread exit-beside-call again; do
+  start=$SECONDS
+  "$runner" "$host" "Z:$library" "$end" "$end" || fail "status $?"
+  [ "$end" = again ] || [ $((SECONDS - start)) -lt 5 ] || fail "it has waited"
+  case $end in
+    free | again) is_finished $end/saver_output.c.moved || fail "no footer" ;;
+    exit-beside-call)
+      tail -n 2 $end/saver_output.c | grep -q 'backendFree(NULL));$' ||
+        fail "the call is not whole" ;;
+    *) is_finished $end/saver_output.c || fail "no footer" ;;
+  esac
+done
