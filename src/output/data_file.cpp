@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "diagnostics/logger.h"
-
 namespace kiv::output {
 
 DataFile::DataFile(std::string directory, std::string fileName)
@@ -24,11 +22,10 @@ bool DataFile::write(const DataRun& run) {
   const auto written = stream_.write(run.bytes, run.elementSize, run.count);
   if (!written) return false;
   if (*written != run.count) {
-    log::log(log::Level::kError,
-             "Number of elements written(%ld) does not match number of "
-             "elements requested(%ld)",
-             static_cast<long>(*written), static_cast<long>(run.count));
-    return false;
+    return stream_.failed(
+        "Number of elements written(%ld) does not match number of elements "
+        "requested(%ld)",
+        {static_cast<long>(*written), static_cast<long>(run.count)});
   }
   return stream_.flush();
 }

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "diagnostics/logger.h"
 #include "output/program_frame.h"
 
 namespace kiv::output {
@@ -41,11 +40,10 @@ bool ModelFile::writeString(std::string_view text) {
   const auto written = stream_.write(text.data(), 1, text.size());
   if (!written) return false;
   if (*written != text.size()) {
-    log::log(log::Level::kError,
-             "Size of string written(%ld) does not match size of original "
-             "string(%ld)",
-             static_cast<long>(*written), static_cast<long>(text.size()));
-    return false;
+    return stream_.failed(
+        "Size of string written(%ld) does not match size of original "
+        "string(%ld)",
+        {static_cast<long>(*written), static_cast<long>(text.size())});
   }
   return stream_.flush();
 }

@@ -57,6 +57,31 @@ OutputSettings changed(OutputSettings settings, const OutputChanges& changes) {
 
 }  // namespace
 
+// The lock. Messages of the files wait until it is released, since the client's
+// log callback may call the library, or exit.
+class OutputFiles::Access {
+ public:
+  explicit Access(OutputFiles& files) : files_(files), lock_(files.mutex_) {
+    reportTo(&messages_);
+  }
+  ~Access() { reportTo(nullptr); }
+  Access(const Access&) = delete;
+  Access& operator=(const Access&) = delete;
+
+  Messages& messages() { return messages_; }
+
+ private:
+  void reportTo(Messages* messages) {
+    files_.data_.stream().reportTo(messages);
+    files_.model_.stream().reportTo(messages);
+  }
+
+  // Sent at its end, which is after the lock's.
+  Messages messages_;
+  OutputFiles& files_;
+  const std::lock_guard<std::mutex> lock_;
+};
+
 OutputFiles::OutputFiles(IdentifierVisitor onExisting)
     : onExisting_(std::move(onExisting)),
       data_(settings_.directory, settings_.dataFileName),
@@ -64,7 +89,7 @@ OutputFiles::OutputFiles(IdentifierVisitor onExisting)
 
 Status OutputFiles::start() {
   if (started_) return Status::kOk;
-  const std::lock_guard lock(mutex_);
+  const Access access(*this);
   if (started_) return Status::kOk;
   if (!openBoth()) return Status::kNotStarted;
   started_ = true;
@@ -97,10 +122,10 @@ bool OutputFiles::writeHeader() {
 
 std::optional<Status> OutputFiles::configure(const OutputChanges& changes,
                                              bool expectStarted) {
-  Messages messages;
-  const std::lock_guard lock(mutex_);
+  Access access(*this);
   if (started_ != expectStarted) return std::nullopt;
-  if (started_ && changes.fileNames) return switchFiles(changes, messages);
+  if (started_ && changes.fileNames)
+    return switchFiles(changes, access.messages());
   adopt(changed(settings_, changes));
   return Status::kOk;
 }
@@ -137,7 +162,7 @@ Status OutputFiles::switchFiles(const OutputChanges& changes,
 Status OutputFiles::append(const std::vector<DataRun>& runs,
                            std::string_view text,
                            const WriteFailures& failures) {
-  const std::lock_guard lock(mutex_);
+  const Access access(*this);
   return writeCall(runs, text, failures);
 }
 

@@ -53,7 +53,7 @@ struct OutputChanges {
 };
 
 // Both files of the recording behind one lock. From any thread; messages of
-// the files are logged under the lock.
+// the files are logged when the files are whole and the lock is released.
 class OutputFiles {
  public:
   // `onExisting` gets the identifiers of a model file that is to be continued,
@@ -82,6 +82,8 @@ class OutputFiles {
   std::uint32_t program() const { return program_; }
 
  private:
+  class Access;
+
   bool openBoth();
   bool openModel();
   bool writeHeader();

@@ -2,31 +2,24 @@
 
 #include <utility>
 
-#include "diagnostics/failure.h"
-
 namespace kiv::output {
-namespace {
 
-using log::Level;
-
-bool failed(const char* message) {
-  log::log(Level::kError, message);
+bool OutputStream::failed(const char* format, MessageArgument argument) {
+  Messages now;
+  (messages_ == nullptr ? now : *messages_).error(format, std::move(argument));
   return false;
 }
 
 // The text's "pal::Directory::create" stands as it is known to users.
-bool ensureDirectory(const std::string& path) {
+bool OutputStream::ensureDirectory(const std::string& path) {
   if (platform::pathExists(path)) {
     if (platform::isDirectory(path)) return true;
-    log::log(Level::kError, "%s already exists", path.c_str());
-    return false;
+    return failed("%s already exists", path);
   }
   if (platform::createDirectory(path) || platform::isDirectory(path))
     return true;
   return failed("Could not create directory, pal::Directory::create failed");
 }
-
-}  // namespace
 
 OutputStream::~OutputStream() {
   if (stream_ != nullptr) close();
@@ -42,8 +35,7 @@ bool OutputStream::open(std::string& directory, const std::string& fileName,
   stream_ = platform::openForWriting(directory + fileName, mode);
   damaged_ = false;
   if (stream_ != nullptr) return true;
-  log::log(Level::kError, "Could not open file: %s", fileName.c_str());
-  return false;
+  return failed("Could not open file: %s", fileName);
 }
 
 std::optional<std::size_t> OutputStream::write(const void* elements,

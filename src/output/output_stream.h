@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "diagnostics/messages.h"
 #include "platform/files.h"
 
 namespace kiv::output {
@@ -36,6 +37,11 @@ class OutputStream {
   bool flush();
   bool close();
 
+  // Messages wait there from now on; with null they are logged at once.
+  void reportTo(Messages* messages) { messages_ = messages; }
+  // Reports a failure; the result is false.
+  bool failed(const char* format, MessageArgument argument = {});
+
   // Where the file ends, before a call is written.
   std::optional<std::uint64_t> mark();
 
@@ -44,8 +50,11 @@ class OutputStream {
   void restore(std::uint64_t mark);
 
  private:
+  bool ensureDirectory(const std::string& path);
+
   std::FILE* stream_ = nullptr;
   bool damaged_ = false;
+  Messages* messages_ = nullptr;
 };
 
 }  // namespace kiv::output

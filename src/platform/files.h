@@ -11,7 +11,8 @@ enum class OpenMode { kTruncate, kAppend };
 
 // Opens a file for writing without a buffer, so that what was written is with
 // the system and what could not be written leaves nothing behind. Other
-// processes may read and write the file meanwhile. Null on failure.
+// processes may read and write the file meanwhile. Null on failure, also when
+// another process has it open by this function, on systems that can tell.
 std::FILE* openForWriting(const std::string& path, OpenMode mode);
 
 // The size in bytes of an open file.

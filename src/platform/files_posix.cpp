@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "platform/files.h"
 
 namespace kiv::platform {
@@ -17,15 +19,32 @@ std::string withoutTrailingSlashes(std::string path) {
   return path;
 }
 
+// Whether another process records into the file. The lock goes with the process
+// and is not inherited; a file system without locks has none to hold.
+bool isHeldByAnother(int descriptor) {
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  return ::fcntl(descriptor, F_SETLK, &lock) != 0 &&
+         (errno == EACCES || errno == EAGAIN);
+}
+
+// Devices and pipes have nothing to be cut.
+bool makeEmpty(int descriptor) {
+  struct stat info {};
+  return ::fstat(descriptor, &info) == 0 &&
+         (!S_ISREG(info.st_mode) || ::ftruncate(descriptor, 0) == 0);
+}
+
 }  // namespace
 
 std::FILE* openForWriting(const std::string& path, OpenMode mode) {
   const bool append = mode == OpenMode::kAppend;
-  const int flags =
-      O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : O_TRUNC);
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : 0);
   const int descriptor = ::open(path.c_str(), flags, kFileAccess);
   if (descriptor < 0) return nullptr;
-  std::FILE* stream = ::fdopen(descriptor, append ? "ab" : "wb");
+  std::FILE* stream = nullptr;
+  if (!isHeldByAnother(descriptor) && (append || makeEmpty(descriptor)))
+    stream = ::fdopen(descriptor, append ? "ab" : "wb");
   if (stream == nullptr) {
     ::close(descriptor);
     return nullptr;

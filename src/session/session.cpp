@@ -33,7 +33,7 @@ bool waitForOtherCalls() {
 // killed, and in a forked child, whose files are its parent's.
 class Holder {
  public:
-  Holder() : creator_(platform::processId()), session_(new Session) {}
+  Holder() : owner_(platform::processId()), session_(new Session) {}
   ~Holder() {
     hasEnded = true;
     if (session() != nullptr && waitForOtherCalls()) delete session_;
@@ -41,13 +41,18 @@ class Holder {
   Holder(const Holder&) = delete;
   Holder& operator=(const Holder&) = delete;
 
-  // Null in a forked child.
+  // Null in a process that was forked when the files were open. Before that,
+  // the child has a session of its own: a client may set options and then go
+  // into the background.
   Session* session() const {
-    return platform::processId() == creator_ ? session_ : nullptr;
+    const std::uint64_t caller = platform::processId();
+    if (caller != owner_ && session_->files().started()) return nullptr;
+    owner_ = caller;
+    return session_;
   }
 
  private:
-  const std::uint64_t creator_;
+  mutable std::atomic<std::uint64_t> owner_;
   Session* const session_;
 };
 
@@ -58,7 +63,11 @@ Session* theSession() {
 
 }  // namespace
 
+// A call that comes too late is not counted, or threads that go on calling
+// would keep the end waiting.
 SessionUse::SessionUse() {
+  if (hasEnded) return;
+  isCounted_ = true;
   ++callsOfThisThread;
   ++callsUnderWay;
   try {
@@ -69,7 +78,9 @@ SessionUse::SessionUse() {
   }
 }
 
-SessionUse::~SessionUse() { leave(); }
+SessionUse::~SessionUse() {
+  if (isCounted_) leave();
+}
 
 void SessionUse::leave() {
   --callsUnderWay;

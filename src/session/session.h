@@ -84,6 +84,7 @@ class SessionUse {
   static void leave();
 
   Session* session_ = nullptr;
+  bool isCounted_ = false;
 };
 
 }  // namespace kiv::session
