@@ -1,0 +1,235 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+
+#include "robustness/replay.h"
+
+// Things in an order that nobody expects.
+namespace kiv::test {
+namespace {
+
+constexpr const char* kFooterEnd = "0 : error;\n}\n";
+
+bool hasOneFooter(const std::string& text) {
+  return countOf(text, "fclose(fp)") == 1 && text.ends_with(kFooterEnd);
+}
+
+// Objects of four kinds, freed in each of the 24 orders and then once more.
+void freeInEveryOrder(const Api& api) {
+  std::vector<int> order = {0, 1, 2, 3};
+  do {
+    Kiv_BackendHandle_t backend = nullptr;
+    Kiv_DeviceHandle_t device = nullptr;
+    Kiv_ProfileHandle_t profile = nullptr;
+    Kiv_ContextHandle_t context = nullptr;
+    Kiv_GraphHandle_t graph = nullptr;
+    api.backendCreate(nullptr, nullptr, &backend);
+    api.deviceCreate(nullptr, nullptr, &device);
+    api.profileCreate(backend, 1, &profile);
+    api.contextCreate(backend, device, nullptr, &context);
+    api.graphCreate(context, "g", nullptr, &graph);
+    const std::function<Code()> frees[] = {
+        [&] { return api.backendFree(backend); },
+        [&] { return api.deviceFree(device); },
+        [&] { return api.profileFree(profile); },
+        [&] { return api.contextFree(context, nullptr); }};
+    for (const int i : order) EXPECT_EQ(frees[i](), 0U);
+  } while (std::next_permutation(order.begin(), order.end()));
+}
+
+TEST(Order, ObjectsAreFreedInAnyOrder) {
+  SaverLibrary saver;
+  freeInEveryOrder(saver.api());
+  saver.unload();
+  EXPECT_EQ(replay(saver.directory()), callsOf(freeInEveryOrder));
+}
+
+// A client may load the library again and again; nothing is left of the last
+// time, also of objects that it did not free.
+TEST(Order, RecordingsOfOneProcessAreAlike) {
+  std::string texts[3];
+  for (std::string& text : texts) {
+    Client c;
+    Kiv_LogHandle_t logger = nullptr;
+    c.api.logCreate(nullptr, KIV_LOG_LEVEL_ERROR, &logger);
+    ASSERT_TRUE(c.saver.unload());
+    text = c.saver.modelText();
+    EXPECT_TRUE(hasOneFooter(text));
+  }
+  EXPECT_EQ(texts[1], texts[0]);
+  EXPECT_EQ(texts[2], texts[0]);
+}
+
+// A child that a client forks has nothing to do with its recording, whichever
+// way it ends.
+TEST(Order, ForkedChildLeavesTheRecordingAlone) {
+  SaverLibrary saver;
+  ASSERT_EQ(saver.api().propertyHasCapability(1), 0U);
+  const std::string before = saver.modelText();
+  EXPECT_EQ(inChild([] { return 3; }), 3);
+  EXPECT_EQ(saver.modelText(), before);
+  EXPECT_EQ(inChild([&] { return saver.unload() ? 3 : 0; }), 3);
+  EXPECT_EQ(saver.modelText(), before);
+  // Its calls are refused rather than written amidst the client's.
+  EXPECT_EQ(inChild([&] {
+              Kiv_ContextHandle_t out = nullptr;
+              const bool refused =
+                  saver.api().propertyHasCapability(2) == 4000 &&
+                  saver.api().contextCreate(nullptr, nullptr, nullptr, &out) ==
+                      4000;
+              return refused ? 0 : 1;
+            }),
+            0);
+  EXPECT_EQ(saver.modelText(), before);
+  ASSERT_EQ(saver.api().propertyHasCapability(3), 0U);
+  saver.unload();
+  EXPECT_TRUE(hasOneFooter(saver.modelText()));
+  EXPECT_EQ(replay(saver.directory()),
+            Lines({"propertyHasCapability(1)", "propertyHasCapability(3)"}));
+}
+
+// The parent's threads are in the midst of calls, and hold locks, when the
+// child comes into being without them.
+TEST(Order, ForkInTheMidstOfCallsOfOtherThreads) {
+  SaverLibrary saver;
+  std::atomic<bool> stop = false;
+  std::atomic<std::size_t> calls = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (; !stop; ++calls) saver.api().propertyHasCapability(1);
+    });
+  }
+  while (calls < 100) std::this_thread::yield();
+  for (int i = 0; i < (kFewerRuns ? 4 : 20); ++i)
+    EXPECT_EQ(inChild([&] {
+                return saver.api().propertyHasCapability(2) == 4000 ? 0 : 1;
+              }),
+              0);
+  stop = true;
+  for (std::thread& thread : threads) thread.join();
+  saver.unload();
+  EXPECT_TRUE(hasOneFooter(saver.modelText()));
+  EXPECT_EQ(countOf(saver.modelText(), "Capability("), calls);
+}
+
+// Before the first call there is no recording to share: a client that goes into
+// the background records as any other.
+TEST(Order, ChildForkedBeforeTheFirstCallRecords) {
+  const SaverLibrary saver;
+  EXPECT_EQ(inChild([&] {
+              return static_cast<int>(saver.api().propertyHasCapability(1));
+            }),
+            0);
+  EXPECT_TRUE(hasOneFooter(saver.modelText()));
+  EXPECT_EQ(replay(saver.directory()).size(), 1U);
+}
+
+constexpr auto kNoLimit = static_cast<std::size_t>(-1);
+
+// What a client's log callback does with the next message.
+std::function<void()> onMessage;
+
+void callback(const char*, KivLog_Level_t, uint64_t, va_list) {
+  if (const auto action = std::exchange(onMessage, nullptr)) action();
+}
+
+TEST(Order, CallbackExitsTheProcess) {
+  const SaverLibrary saver;
+  EXPECT_EQ(inChild([&] {
+              saver.api().logCreate(callback, KIV_LOG_LEVEL_WARN, nullptr);
+              saver.api().propertyHasCapability(1);
+              onMessage = [] { std::exit(5); };
+              saver.api().graphFinalize(nullptr, nullptr, nullptr);
+              return 0;
+            }),
+            5);
+  EXPECT_TRUE(hasOneFooter(saver.modelText()));
+  EXPECT_EQ(replay(saver.directory()), Lines({"propertyHasCapability(1)"}));
+}
+
+// The message tells of a call that was written in part, which must not be what
+// the recording ends with. There is room again for a footer.
+TEST(Order, CallbackExitsInTheMidstOfAWrite) {
+  for (const bool textFails : {true, false}) {
+    SCOPED_TRACE(textFails ? "text" : "data");
+    const SaverLibrary saver;
+    EXPECT_EQ(inChild([&] {
+                saver.api().logCreate(callback, KIV_LOG_LEVEL_WARN, nullptr);
+                const std::string large(textFails ? 1 : 100'000, 'x');
+                saver.api().contextValidateBinary(nullptr, nullptr, nullptr,
+                                                  large.data(), large.size());
+                const FileSizeLimit full(textFails
+                                             ? saver.modelText().size() + 9
+                                             : large.size() + 9);
+                onMessage = [] {
+                  const FileSizeLimit room(kNoLimit);
+                  std::exit(5);
+                };
+                saver.api().contextValidateBinary(nullptr, nullptr, nullptr,
+                                                  large.data(), large.size());
+                return 0;
+              }),
+              5);
+    EXPECT_EQ(replay(saver.directory()).size(), 1U);
+    EXPECT_EQ(bytesRead(saver.modelText()), saver.data().size());
+  }
+}
+
+// A client that tidies up when something fails does it from here, too: after a
+// call that was refused, and after one that could not be written.
+TEST(Order, CallbackMakesRecordedCalls) {
+  for (const bool writeFails : {false, true}) {
+    SCOPED_TRACE(writeFails);
+    expectInChild([&] {
+      Client c;
+      c.api.logCreate(callback, KIV_LOG_LEVEL_WARN, nullptr);
+      const FileSizeLimit full(writeFails ? c.saver.modelText().size()
+                                          : kNoLimit);
+      Code tidied = 1;
+      onMessage = [&] {
+        const FileSizeLimit room(kNoLimit);
+        tidied = c.api.backendFree(c.backend);
+      };
+      EXPECT_NE(
+          c.api.graphFinalize(writeFails ? c.graph : nullptr, nullptr, nullptr),
+          0U);
+      EXPECT_EQ(tidied, 0U);
+      c.saver.unload();
+      EXPECT_EQ(replay(c.saver.directory()).size(), 6U);
+    });
+  }
+}
+
+// A client that goes into the background closes whatever is open.
+TEST(Order, ClientClosesAllDescriptors) {
+  for (const bool writeFooter : {true, false}) {
+    SCOPED_TRACE(writeFooter);
+    expectInChild([&] {
+      SaverLibrary saver;
+      KivSaver_Config_t files{};
+      files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
+      files.fileConfig = {"a.c", "a.bin"};
+      KivSaver_Config_t footer{};
+      footer.option = KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER;
+      footer.writeFooter = writeFooter ? 1 : 0;
+      EXPECT_EQ(saver.initialize({&files, &footer}), 0U);
+      EXPECT_EQ(saver.api().propertyHasCapability(1), 0U);
+      for (int i = 3; i < 100; ++i) close(i);
+      EXPECT_EQ(saver.api().propertyHasCapability(1), 1999U);
+      // The old files cannot be ended as they should.
+      EXPECT_EQ(saver.initialize({&files, &footer}), 4999U);
+      saver.initialize({&files, &footer});
+      saver.api().propertyHasCapability(1);
+      EXPECT_TRUE(saver.unload());
+    });
+  }
+}
+
+}  // namespace
+}  // namespace kiv::test

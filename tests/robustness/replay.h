@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "KivInterface.h"
+#include "library/client.h"
+
+namespace kiv::test {
+
+using Lines = std::vector<std::string>;
+
+// Under sanitizers, where everything takes longer, a test does less.
+#ifdef KIV_FEWER_RUNS
+inline constexpr bool kFewerRuns = true;
+#else
+inline constexpr bool kFewerRuns = false;
+#endif
+
+// The calls that a client makes, as Tracer prints them.
+Lines callsOf(const std::function<void(const Api&)>& client);
+
+// The calls of a recording: compiled, completed first if it has no end, and
+// replayed on Tracer. A failure fails the test.
+Lines replay(const std::filesystem::path& recording);
+
+// How Tracer prints data.
+std::string dataText(const std::string& bytes);
+
+// How often `part` occurs.
+std::size_t countOf(const std::string& text, const std::string& part);
+
+// The bytes that the read statements of a model file ask for.
+std::size_t bytesRead(const std::string& modelText);
+
+// Runs a part of a test in a process of its own, where it passes.
+void expectInChild(const std::function<void()>& body);
+
+// Makes one call of a session, or repeats it, or leaves it out.
+using Caller = std::function<void(const std::function<Code()>& call)>;
+
+// Fifteen calls: objects of all kinds, tensors with and without data, a node,
+// an execution, and the frees.
+void runSession(const Api& api, const Caller& make);
+
+}  // namespace kiv::test

@@ -1,0 +1,337 @@
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <regex>
+#include <set>
+#include <thread>
+
+#include "robustness/replay.h"
+
+// Many threads record at once.
+namespace kiv::test {
+namespace {
+
+constexpr int kThreads = 16;
+constexpr int kSharing = 8;  // of these, in one context
+constexpr int kRounds = kFewerRuns ? 6 : 25;
+
+void ignore(const char*, KivLog_Level_t, uint64_t, va_list) {}
+
+std::string bytesOf(int thread, int round) {
+  std::string bytes(
+      static_cast<std::size_t>(1 + (thread * 31 + round * 7) % 90),
+      static_cast<char>(thread));
+  for (std::size_t i = 0; i < bytes.size(); i += 3)
+    bytes[i] = static_cast<char>(static_cast<std::size_t>(round) + i);
+  return bytes;
+}
+
+// What one thread does. Every call carries a name or a number of the thread, or
+// a handle of one that does.
+class Worker {
+ public:
+  Worker(const Api& api, int thread, Kiv_BackendHandle_t backend,
+         Kiv_ContextHandle_t shared)
+      : api_(api), thread_(thread), backend_(backend), context_(shared) {}
+
+  void run() {
+    const bool shares = thread_ < kSharing;
+    Kiv_DeviceHandle_t device = nullptr;
+    if (!shares) {
+      expectOk(api_.deviceCreate(nullptr, nullptr, &device));
+      expectOk(api_.contextCreate(backend_, device, nullptr, &context_));
+    }
+    expectOk(
+        api_.graphCreate(context_, name("graph", 0).c_str(), nullptr, &graph_));
+    for (int round = 0; round < kRounds; ++round) runRound(round);
+    expectOk(api_.graphFinalize(graph_, nullptr, nullptr));
+    if (shares) return;
+    expectOk(api_.contextFree(context_, nullptr));
+    expectOk(api_.deviceFree(device));
+  }
+
+  int failures() const { return failures_; }
+
+ private:
+  void runRound(int round) {
+    const auto number = static_cast<uint32_t>((thread_ + 1) * 1000 + round);
+    Kiv_LogHandle_t logger = nullptr;
+    expectOk(api_.logCreate(ignore, KIV_LOG_LEVEL_DEBUG, &logger));
+    Kiv_ProfileHandle_t profile = nullptr;
+    expectOk(api_.profileCreate(backend_, number, &profile));
+
+    std::string bytes = bytesOf(thread_, round);
+    const auto size = static_cast<uint32_t>(bytes.size());
+    const std::string names[] = {name("weights", round),
+                                 name("between", round)};
+    Kiv_Tensor_t tensors[] = {tensorWithData(bytes.data(), size),
+                              tensorWithData(bytes.data(), size / 2)};
+    tensors[0].v1.name = names[0].c_str();
+    tensors[1].v1.name = names[1].c_str();
+    expectOk(api_.tensorCreateContextTensor(context_, &tensors[0]));
+    expectOk(api_.tensorCreateGraphTensor(graph_, &tensors[1]));
+    const std::string nodeName = name("node", round);
+    Kiv_OpConfig_t node = emptyOpConfig(nodeName.c_str());
+    node.v1.numInputs = 2;
+    node.v1.inputTensors = tensors;
+    expectOk(api_.graphAddNode(graph_, node));
+    std::reverse(bytes.begin(), bytes.end());
+    expectOk(
+        api_.graphExecute(graph_, tensors, 2, nullptr, 0, profile, nullptr));
+
+    expectOk(api_.propertyHasCapability(number));
+    expectOk(api_.profileSetConfig(profile, nullptr));
+    expectOk(api_.profileFree(profile));
+    expectOk(api_.logFree(logger));
+  }
+
+  std::string name(const char* what, int round) const {
+    return "t" + std::to_string(thread_) + "_" + what + std::to_string(round);
+  }
+  void expectOk(Code code) { failures_ += code == 0 ? 0 : 1; }
+
+  const Api& api_;
+  const int thread_;
+  Kiv_BackendHandle_t backend_;
+  Kiv_ContextHandle_t context_;
+  Kiv_GraphHandle_t graph_ = nullptr;
+  int failures_ = 0;
+};
+
+// All workers' calls, side by side or one after the other.
+void runWorkers(const Api& api, bool sideBySide) {
+  Kiv_BackendHandle_t backend = nullptr;
+  Kiv_ContextHandle_t shared = nullptr;
+  api.backendCreate(nullptr, nullptr, &backend);
+  api.contextCreate(backend, nullptr, nullptr, &shared);
+  std::vector<Worker> workers;
+  for (int i = 0; i < kThreads; ++i)
+    workers.emplace_back(api, i, backend, shared);
+  std::vector<std::thread> threads;
+  for (Worker& worker : workers) {
+    threads.emplace_back([&worker] { worker.run(); });
+    if (!sideBySide) threads.back().join();
+  }
+  for (std::thread& thread : threads)
+    if (thread.joinable()) thread.join();
+  for (const Worker& worker : workers) EXPECT_EQ(worker.failures(), 0);
+}
+
+// Sorts the lines of a trace by thread and counts handles and tensors afresh
+// for each, so that it doesn't matter what the other threads did meanwhile.
+class TraceByThread {
+ public:
+  explicit TraceByThread(const Lines& lines) {
+    // A line belongs to the thread that it names, or whose handle it uses;
+    // both can come up later than the line.
+    for (std::size_t known = 1; known != 0;) {
+      known = owners_.size();
+      for (const std::string& line : lines) learn(line);
+      known = owners_.size() - known;
+    }
+    for (const std::string& line : lines) {
+      const int thread = ownerOf(line);
+      calls_[thread].push_back(renumbered(line, numbers_[thread]));
+    }
+  }
+
+  const std::map<int, Lines>& calls() const { return calls_; }
+
+ private:
+  using Numbers = std::map<std::string, std::map<std::string, int>>;
+
+  static const std::regex& number() {
+    static const std::regex pattern(R"((\w+#|\bid=)(\d+))");
+    return pattern;
+  }
+
+  // The first backend and context are everybody's.
+  static bool isShared(const std::string& handle) {
+    return handle == "backend#0" || handle == "context#0" ||
+           handle.starts_with("id=");
+  }
+
+  void learn(const std::string& line) {
+    const int thread = ownerOf(line);
+    if (thread < 0) return;
+    for (std::sregex_iterator it(line.begin(), line.end(), number()), end;
+         it != end; ++it)
+      if (!isShared(it->str())) owners_[it->str()] = thread;
+  }
+
+  int ownerOf(const std::string& line) const {
+    static const std::regex mark(
+        R"("t(\d+)_|(?:Capability\(|profileCreate\(backend#0, )(\d+)\d{3}\b)");
+    std::smatch match;
+    if (std::regex_search(line, match, mark))
+      return match[1].matched ? std::stoi(match[1]) : std::stoi(match[2]) - 1;
+    for (std::sregex_iterator it(line.begin(), line.end(), number()), end;
+         it != end; ++it)
+      if (const auto owner = owners_.find(it->str()); owner != owners_.end())
+        return owner->second;
+    return -1;
+  }
+
+  static std::string renumbered(const std::string& line, Numbers& numbers) {
+    std::string result;
+    auto rest = line.begin();
+    for (std::sregex_iterator it(line.begin(), line.end(), number()), end;
+         it != end; ++it) {
+      auto& known = numbers[(*it)[1]];
+      const int next = static_cast<int>(known.size());
+      result.append(rest, (*it)[0].first);
+      result += (*it)[1].str() +
+                std::to_string(known.emplace((*it)[2], next).first->second);
+      rest = (*it)[0].second;
+    }
+    return result.append(rest, line.end());
+  }
+
+  std::map<std::string, int> owners_;
+  std::map<int, Numbers> numbers_;
+  std::map<int, Lines> calls_;
+};
+
+// The bytes of both tensors of each round, as they were in each call.
+void expectBytes(const Lines& calls, int thread) {
+  std::map<std::string, int> seen;
+  for (const std::string& line : calls) {
+    const std::string function = line.substr(0, line.find('('));
+    if (line.find("data=") == std::string::npos ||
+        line.find("_weights") == std::string::npos)
+      continue;
+    std::string bytes = bytesOf(thread, seen[function]++);
+    if (function == "graphExecute") std::reverse(bytes.begin(), bytes.end());
+    EXPECT_NE(line.find("data=" + dataText(bytes)), std::string::npos) << line;
+    if (function == "tensorCreateContextTensor") continue;
+    const std::string half = bytes.substr(0, bytes.size() / 2);
+    EXPECT_NE(line.find("data=" + dataText(half)), std::string::npos) << line;
+  }
+  EXPECT_EQ(seen["tensorCreateContextTensor"], kRounds);
+  EXPECT_EQ(seen["graphAddNode"], kRounds);
+  EXPECT_EQ(seen["graphExecute"], kRounds);
+}
+
+TEST(Threads, EachThreadsCallsAreReplayedInItsOrderWithItsBytes) {
+  const TraceByThread expected(
+      callsOf([](const Api& api) { runWorkers(api, false); }));
+  SaverLibrary saver;
+  runWorkers(saver.api(), true);
+  ASSERT_TRUE(saver.unload());
+  const Lines calls = replay(saver.directory());
+  const TraceByThread replayed(calls);
+  ASSERT_EQ(replayed.calls().size(), kThreads + 1U);
+  EXPECT_EQ(replayed.calls(), expected.calls());
+  for (const auto& [thread, lines] : replayed.calls())
+    if (thread >= 0) expectBytes(lines, thread);
+  std::cout << calls.size() << " calls of " << kThreads << " threads\n";
+}
+
+// Files are switched while others record: each call is in one of the programs,
+// with its bytes beside it.
+TEST(Threads, SwitchesOfFilesLeaveCallsWhole) {
+  constexpr int kSwitches = 30;
+  Client c;
+  std::atomic<bool> stop = false;
+  std::atomic<int> executions = 0;
+  std::vector<std::thread> threads;
+  for (char letter = 'a'; letter < 'e'; ++letter) {
+    threads.emplace_back([&, letter] {
+      std::string bytes(100, letter);
+      while (!stop) {
+        EXPECT_EQ(c.execute(c.graph, {tensorWithData(bytes.data(), 100)}), 0U);
+        ++executions;
+      }
+    });
+  }
+  Lines names = {"saver_output.c"};
+  for (int i = 0; i < kSwitches; ++i) {
+    // Some executions for each pair of files.
+    for (const int before = executions; executions < before + 5;)
+      std::this_thread::yield();
+    names.push_back(std::to_string(i) + ".c");
+    const std::string data = names.back() + ".bin";
+    KivSaver_Config_t files{};
+    files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
+    files.fileConfig = {names.back().c_str(), data.c_str()};
+    EXPECT_EQ(c.saver.initialize({&files}), 0U);
+  }
+  stop = true;
+  for (std::thread& thread : threads) thread.join();
+  c.saver.unload();
+  std::size_t found = 0;
+  for (const std::string& name : names) {
+    const std::string text = readFile(c.saver.directory() / name);
+    const std::string data =
+        readFile(c.saver.directory() /
+                 (name == names[0] ? "params.bin" : name + ".bin"));
+    found += countOf(text, "graphExecute(");
+    EXPECT_EQ(bytesRead(text), data.size()) << name;
+    for (std::size_t at = 0; at + 100 <= data.size(); at += 100)
+      EXPECT_EQ(data.substr(at, 100), std::string(100, data[at])) << name;
+    EXPECT_EQ(countOf(text, "fclose(fp)"), 1U) << name;
+    EXPECT_TRUE(text.ends_with("0 : error;\n}\n")) << name;
+  }
+  EXPECT_EQ(found, static_cast<std::size_t>(executions));
+}
+
+// Two plugins of a client, each with its own reference to the library.
+TEST(Threads, TheLastOfTwoReferencesEndsTheRecording) {
+  SaverLibrary saver;
+  std::atomic<int> finished = 0;
+  const auto plugin = [&](int number) {
+    void* reference = dlopen(KIV_SAVER_LIBRARY, RTLD_NOW);
+    for (int i = 0; i < 50; ++i)
+      EXPECT_EQ(saver.api().propertyHasCapability(
+                    static_cast<uint32_t>(number * 100 + i)),
+                0U);
+    // Both unload at the same time.
+    ++finished;
+    while (finished != 3) std::this_thread::yield();
+    dlclose(reference);
+  };
+  std::thread first(plugin, 1);
+  std::thread second(plugin, 2);
+  while (finished != 2) std::this_thread::yield();
+  // From here on the two references are the only ones.
+  EXPECT_FALSE(saver.unload());
+  ++finished;
+  first.join();
+  second.join();
+  EXPECT_EQ(dlopen(KIV_SAVER_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  EXPECT_EQ(countOf(saver.modelText(), "fclose(fp)"), 1U);
+  EXPECT_EQ(replay(saver.directory()).size(), 100U);
+}
+
+// A client ends while its threads go on calling.
+TEST(Threads, ExitInTheMidstOfCallsOfOtherThreadsEndsTheRecording) {
+  constexpr int kCallers = kFewerRuns ? 16 : 64;
+  const SaverLibrary saver;
+  EXPECT_EQ(inChild([&] {
+              static std::atomic<int> calls = 0;
+              for (int i = 0; i < kCallers; ++i) {
+                std::thread([&api = saver.api()] {
+                  for (;;) {
+                    api.propertyHasCapability(1);
+                    ++calls;
+                  }
+                }).detach();
+              }
+              while (calls < kCallers * 10) std::this_thread::yield();
+              return 7;
+            }),
+            7);
+  const std::string text = saver.modelText();
+  EXPECT_TRUE(text.ends_with("0 : error;\n}\n"));
+  EXPECT_EQ(countOf(text, "fclose(fp)"), 1U);
+  EXPECT_EQ(replay(saver.directory()).size(),
+            countOf(text, "propertyHasCapability("));
+}
+
+}  // namespace
+}  // namespace kiv::test
