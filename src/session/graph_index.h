@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 #include "session/handles.h"
 
@@ -22,11 +23,9 @@ class GraphIndex {
     return found == contexts_.end() ? 0 : found->second;
   }
 
-  void eraseGraphsOf(Handle context) {
+  void erase(const std::vector<Handle>& graphs) {
     const std::lock_guard lock(mutex_);
-    std::erase_if(contexts_, [context](const auto& entry) {
-      return entry.second == context;
-    });
+    for (const Handle graph : graphs) contexts_.erase(graph);
   }
 
  private:

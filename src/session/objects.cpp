@@ -42,4 +42,11 @@ std::shared_ptr<SaverGraph> SaverContext::findGraph(
   return found == graphsByName_.end() ? nullptr : found->second;
 }
 
+std::vector<Handle> SaverContext::graphHandles() const {
+  const std::lock_guard lock(mutex_);
+  std::vector<Handle> handles;
+  for (const auto& [handle, graph] : graphsByHandle_) handles.push_back(handle);
+  return handles;
+}
+
 }  // namespace kiv::session

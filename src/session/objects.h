@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "session/handles.h"
 #include "session/tensor_registry.h"
@@ -78,6 +79,7 @@ class SaverContext : public NamedObject {
   // Null when there is none.
   std::shared_ptr<SaverGraph> findGraph(Handle handle) const;
   std::shared_ptr<SaverGraph> findGraph(const std::string& name) const;
+  std::vector<Handle> graphHandles() const;
 
  private:
   const std::shared_ptr<TensorRegistry> tensors_;

@@ -125,8 +125,9 @@ Handle Session::registerGraph(SaverContext& context, const std::string& name,
 }
 
 bool Session::eraseContext(Handle handle) {
-  if (!contexts_.erase(handle)) return false;
-  graphs_.eraseGraphsOf(handle);
+  const auto context = contexts_.find(handle);
+  if (context == nullptr || !contexts_.erase(handle)) return false;
+  graphs_.erase(context->graphHandles());
   return true;
 }
 
