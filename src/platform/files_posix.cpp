@@ -39,9 +39,12 @@ bool makeEmpty(int descriptor) {
 
 std::FILE* openForWriting(const std::string& path, OpenMode mode) {
   const bool append = mode == OpenMode::kAppend;
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : 0);
+  // A pipe that nobody reads must not keep the client waiting.
+  const int flags =
+      O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | (append ? O_APPEND : 0);
   const int descriptor = ::open(path.c_str(), flags, kFileAccess);
   if (descriptor < 0) return nullptr;
+  ::fcntl(descriptor, F_SETFL, append ? O_APPEND : 0);
   std::FILE* stream = nullptr;
   if (!isHeldByAnother(descriptor) && (append || makeEmpty(descriptor)))
     stream = ::fdopen(descriptor, append ? "ab" : "wb");
