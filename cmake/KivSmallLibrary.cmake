@@ -6,7 +6,7 @@ function(kiv_optimise_for_size target)
   if(NOT MINGW OR NOT CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
     return()
   endif()
-  set(flags -Os -flto -ffunction-sections -fdata-sections)
+  set(flags -Os -flto)
   target_compile_options(${target} PRIVATE ${flags})
   # In one partition: gcc 12 fails to optimise several for size.
   target_link_options(${target} PUBLIC ${flags} -flto-partition=none)

@@ -11,4 +11,9 @@ std::uint64_t processId();
 // what it is doing.
 bool isLastThreadOfProcess();
 
+// A number that each thread has for itself, 0 at first. It leaves nothing
+// behind in the process when the library is unloaded.
+std::uint32_t threadNumber();
+void setThreadNumber(std::uint32_t number);
+
 }  // namespace kiv::platform

@@ -3,10 +3,18 @@
 #include "platform/process.h"
 
 namespace kiv::platform {
+namespace {
+
+constinit thread_local std::uint32_t number = 0;
+
+}  // namespace
 
 std::uint64_t processId() { return static_cast<std::uint64_t>(::getpid()); }
 
 // Threads run on while exit handlers and destructors do.
 bool isLastThreadOfProcess() { return false; }
+
+std::uint32_t threadNumber() { return number; }
+void setThreadNumber(std::uint32_t value) { number = value; }
 
 }  // namespace kiv::platform

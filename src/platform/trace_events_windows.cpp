@@ -7,6 +7,7 @@
 #include <atomic>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "platform/trace_events.h"
 #include "platform/trace_logging.h"
@@ -31,21 +32,27 @@ class Provider {
     GUID guid{};
     const auto bytes = trace_logging::providerGuid();
     std::memcpy(&guid, bytes.data(), sizeof(guid));
-    if (::EventRegister(&guid, onEnable, this, &handle_) != ERROR_SUCCESS)
-      handle_ = 0;
-    // Tells the system the provider's name. Systems without it decode events
+    registered_ = ::EventRegister(&guid, onEnable, this, &handle_);
+    if (registered_ != ERROR_SUCCESS) return;
+    // Tells the system the provider's name. Where that fails events are decoded
     // all the same, by the metadata that goes with each.
-    if (handle_ != 0) {
-      ::EventSetInformation(handle_, kSetProviderTraits,
-                            providerMetadata_.data(),
-                            static_cast<ULONG>(providerMetadata_.size()));
-    }
+    named_ = ::EventSetInformation(
+        handle_, kSetProviderTraits, providerMetadata_.data(),
+        static_cast<ULONG>(providerMetadata_.size()));
   }
-  ~Provider() {
-    if (handle_ != 0) ::EventUnregister(handle_);
-  }
+  // What the system says when the provider goes; nobody is left to be told.
+  ~Provider() { unregister(); }
   Provider(const Provider&) = delete;
   Provider& operator=(const Provider&) = delete;
+
+  // The system's answers. A provider that is not registered is never enabled,
+  // and that is all: the recording does not depend on it.
+  ULONG registered() const { return registered_; }
+  ULONG named() const { return named_; }
+  ULONG unregister() {
+    return handle_ == 0 ? ERROR_INVALID_HANDLE
+                        : ::EventUnregister(std::exchange(handle_, 0));
+  }
 
   // What a disabled provider costs: a load and a compare.
   bool isEnabled() const {
@@ -88,6 +95,8 @@ class Provider {
   std::vector<std::uint8_t> providerMetadata_;
   const std::vector<std::uint8_t> eventMetadata_;
   REGHANDLE handle_ = 0;
+  ULONG registered_ = ERROR_NOT_READY;
+  ULONG named_ = ERROR_NOT_READY;
   std::atomic<int> enabledLevel_ = 0;
 };
 

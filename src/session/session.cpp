@@ -1,9 +1,13 @@
 #include "session/session.h"
 
 #include <chrono>
+#include <cstdlib>
+#include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
+#include "diagnostics/spin_lock.h"
 #include "platform/process.h"
 
 namespace kiv::session {
@@ -15,13 +19,13 @@ namespace {
 constinit std::atomic<bool> hasEnded = false;
 constinit std::atomic<std::uint32_t> callsUnderWay = 0;
 // Those of this thread: a client's log callback may exit the process.
-constinit thread_local std::uint32_t callsOfThisThread = 0;
+std::uint32_t callsOfThisThread() { return platform::threadNumber(); }
 
 bool waitForOtherCalls() {
   constexpr auto kStep = std::chrono::milliseconds(1);
   constexpr int kMostSteps = 5000;
   for (int i = 0; i < kMostSteps; ++i) {
-    if (callsUnderWay == callsOfThisThread) return true;
+    if (callsUnderWay == callsOfThisThread()) return true;
     if (platform::isLastThreadOfProcess()) return false;
     std::this_thread::sleep_for(kStep);
   }
@@ -56,9 +60,23 @@ class Holder {
   Session* const session_;
 };
 
-Session* theSession() {
-  static const Holder holder;
-  return holder.session();
+constinit std::atomic<Holder*> theHolder = nullptr;
+constinit log::SpinLock making;
+
+// Made on first use, and ended as a local static variable would be: by the
+// library's unloading, or in the reverse order of exit handlers. Such a
+// variable itself would leave something behind in a Windows process, see
+// platform::threadNumber().
+Holder& holder() {
+  if (Holder* made = theHolder) return *made;
+  const std::lock_guard lock(making);
+  if (theHolder == nullptr) {
+    auto made = std::make_unique<Holder>();
+    if (std::atexit([] { delete theHolder.load(); }) != 0)
+      throw std::bad_alloc();
+    theHolder = made.release();
+  }
+  return *theHolder;
 }
 
 }  // namespace
@@ -68,10 +86,10 @@ Session* theSession() {
 SessionUse::SessionUse() {
   if (hasEnded) return;
   isCounted_ = true;
-  ++callsOfThisThread;
+  platform::setThreadNumber(callsOfThisThread() + 1);
   ++callsUnderWay;
   try {
-    if (!hasEnded) session_ = theSession();
+    if (!hasEnded) session_ = holder().session();
   } catch (...) {
     leave();
     throw;
@@ -84,7 +102,7 @@ SessionUse::~SessionUse() {
 
 void SessionUse::leave() {
   --callsUnderWay;
-  --callsOfThisThread;
+  platform::setThreadNumber(callsOfThisThread() - 1);
 }
 
 template <typename Object>

@@ -42,28 +42,31 @@ Patterns patterns(std::initializer_list<const char*> plain,
   return result;
 }
 
+// By family. Made when the library is loaded: a local static variable would
+// leave something behind in a Windows process, see platform::threadNumber().
+const std::array<Patterns, static_cast<std::size_t>(Family::kCount)>
+    allPatterns = {
+        // kPlain
+        patterns({}, {}),
+        // kTensorOwner
+        patterns({}, {"tensor_#"}),
+        // kGraph
+        patterns({"inputTensors_#", "outputTensors_#"},
+                 {"tensor_#", "inputTensor_#_#", "outputTensor_#_#"}),
+        // kOpConfig
+        patterns(
+            {"params", "inputs", "outputs", "v1", "param_#", "param_#_scalar"},
+            {"param_#_tensor", "input_#", "output_#"}),
+        // kConfig
+        patterns({"customConfig", "array", "config", "config_v1",
+                  "config_hwDevices"},
+                 {}),
+        // kDeviceOrCore
+        patterns({"v1", "cores"}, {}),
+};
+
 const Patterns& patternsOf(Family family) {
-  static const std::array<Patterns, static_cast<std::size_t>(Family::kCount)>
-      all = {
-          // kPlain
-          patterns({}, {}),
-          // kTensorOwner
-          patterns({}, {"tensor_#"}),
-          // kGraph
-          patterns({"inputTensors_#", "outputTensors_#"},
-                   {"tensor_#", "inputTensor_#_#", "outputTensor_#_#"}),
-          // kOpConfig
-          patterns({"params", "inputs", "outputs", "v1", "param_#",
-                    "param_#_scalar"},
-                   {"param_#_tensor", "input_#", "output_#"}),
-          // kConfig
-          patterns({"customConfig", "array", "config", "config_v1",
-                    "config_hwDevices"},
-                   {}),
-          // kDeviceOrCore
-          patterns({"v1", "cores"}, {}),
-      };
-  return all[static_cast<std::size_t>(family)];
+  return allPatterns[static_cast<std::size_t>(family)];
 }
 
 std::string_view takeWord(std::string_view& text) {

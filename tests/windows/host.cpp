@@ -9,8 +9,8 @@
 #include <thread>
 
 #include "Saver/KivSaver.h"
-#include "support/dynamic_library.h"
 #include "support/files.h"
+#include "support/provider.h"
 #include "support/records.h"
 
 namespace {
@@ -24,11 +24,7 @@ const Api& record(const DynamicLibrary& library, const char* directory) {
   option.outputDirectory = directory;
   const KivSaver_Config_t* options[] = {&option, nullptr};
   library.function<KivSaver_InitializeFn_t>("KivSaver_initialize")(options);
-  const KivInterface_t** providers = nullptr;
-  uint32_t count = 0;
-  library.function<KivInterface_GetProvidersFn_t>("KivInterface_getProviders")(
-      &providers, &count);
-  const Api& api = providers[0]->KIV_INTERFACE_VER_NAME;
+  const Api& api = kiv::test::interfaceOf(library);
   kiv::test::createObjects(api);
   return api;
 }
@@ -41,10 +37,10 @@ bool isFinished(const std::string& directory) {
          std::rename(path.c_str(), (path + ".moved").c_str()) == 0;
 }
 
-// The runtime takes one of the process's 1,088 places for thread-local data
-// each time and does not give it back.
+// More often than a process has places for thread-local data, 1,088: the
+// library may keep none.
 int loadAgainAndAgain(const char* path, const char* directory) {
-  constexpr int kTimes = 200;
+  constexpr int kTimes = 1200;
   for (int i = 0; i < kTimes; ++i) {
     DynamicLibrary library(path);
     std::thread([&] { record(library, directory); }).join();
