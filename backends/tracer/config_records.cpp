@@ -20,7 +20,7 @@ Array<const char*> namesOf(const char* const* names) {
 }
 
 void printValue(LineWriter& line, const KivBackend_Config_t& config) {
-  switch (config.option) {
+  switch (enumValue(config.option)) {
     case KIV_BACKEND_CONFIG_OPTION_CUSTOM:
       line.field("custom", Opaque{config.customConfig != nullptr});
       break;
@@ -36,7 +36,7 @@ void printValue(LineWriter& line, const KivBackend_Config_t& config) {
 }
 
 void printValue(LineWriter& line, const KivContext_Config_t& config) {
-  switch (config.option) {
+  switch (enumValue(config.option)) {
     case KIV_CONTEXT_CONFIG_OPTION_CUSTOM:
       printCustom<KivGpuContext_CustomConfig_t>(line, config.customConfig);
       break;
@@ -67,25 +67,26 @@ void printValue(LineWriter& line, const KivContext_Config_t& config) {
 }
 
 void printValue(LineWriter& line, const KivDevice_Config_t& config) {
-  if (config.option == KIV_DEVICE_CONFIG_OPTION_CUSTOM) {
+  if (enumValue(config.option) == KIV_DEVICE_CONFIG_OPTION_CUSTOM) {
     line.field("custom", Opaque{config.customConfig != nullptr});
-  } else if (config.option == KIV_DEVICE_CONFIG_OPTION_PLATFORM_INFO) {
+  } else if (enumValue(config.option) ==
+             KIV_DEVICE_CONFIG_OPTION_PLATFORM_INFO) {
     line.field("platform", config.hardwareInfo);
   }
 }
 
 void printValue(LineWriter& line, const KivGraph_Config_t& config) {
-  if (config.option == KIV_GRAPH_CONFIG_OPTION_CUSTOM) {
+  if (enumValue(config.option) == KIV_GRAPH_CONFIG_OPTION_CUSTOM) {
     printCustom<KivGpuGraph_CustomConfig_t>(line, config.customConfig);
-  } else if (config.option == KIV_GRAPH_CONFIG_OPTION_PRIORITY) {
+  } else if (enumValue(config.option) == KIV_GRAPH_CONFIG_OPTION_PRIORITY) {
     line.field("priority", config.priority);
   }
 }
 
 void printValue(LineWriter& line, const KivProfile_Config_t& config) {
-  if (config.option == KIV_PROFILE_CONFIG_OPTION_CUSTOM) {
+  if (enumValue(config.option) == KIV_PROFILE_CONFIG_OPTION_CUSTOM) {
     line.field("custom", Opaque{config.customConfig != nullptr});
-  } else if (config.option == KIV_PROFILE_CONFIG_OPTION_MAX_EVENTS) {
+  } else if (enumValue(config.option) == KIV_PROFILE_CONFIG_OPTION_MAX_EVENTS) {
     line.field("maxEvents", config.numMaxEvents);
   }
 }
@@ -109,7 +110,8 @@ void print(LineWriter& line, const Kiv_ErrorConfig_t& config) {
 void print(LineWriter& line,
            const KivContext_AsyncExecutionQueueDepth_t& depth) {
   line.begin('{').field("type", depth.type);
-  if (depth.type == KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC) {
+  if (enumValue(depth.type) ==
+      KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC) {
     line.field("depth", depth.depth);
   }
   line.end('}');

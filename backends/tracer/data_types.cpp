@@ -1,9 +1,11 @@
 #include "data_types.h"
 
+#include "KivTypes.h"
+
 namespace kiv::tracer {
 
-std::uint32_t elementSize(Kiv_DataType_t type) {
-  switch (type) {
+std::uint32_t elementSize(std::uint32_t dataType) {
+  switch (dataType) {
     case KIV_DATA_TYPE_INT_16:
     case KIV_DATA_TYPE_UINT_16:
     case KIV_DATA_TYPE_SFIXED_POINT_16:

@@ -1,12 +1,10 @@
-#include <cstring>
-
 #include "records.h"
 
 namespace kiv::tracer {
 namespace {
 
 void printValue(LineWriter& line, const KivGpuContext_CustomConfig_t& config) {
-  switch (config.option) {
+  switch (enumValue(config.option)) {
     case KIV_GPU_CONTEXT_CONFIG_OPTION_PERF_HINT:
       line.field("perfHint", config.perfHint);
       break;
@@ -25,22 +23,16 @@ void printValue(LineWriter& line, const KivGpuContext_CustomConfig_t& config) {
   }
 }
 
-// The number may be any, also one that the enum does not have.
-bool isKnown(const KivGpuContext_ConfigOption_t& option) {
-  std::uint32_t number = 0;
-  std::memcpy(&number, &option, sizeof(number));
-  return number <= KIV_GPU_CONTEXT_CONFIG_OPTION_INVALIDATE_KERNEL_REPO;
-}
-
 }  // namespace
 
 // An unknown option shows as the undefined one with a high hint, which is what
 // a recording makes of it.
 void print(LineWriter& line, const KivGpuContext_CustomConfig_t& config) {
-  line.begin('{').field("option",
-                        isKnown(config.option)
-                            ? config.option
-                            : KIV_GPU_CONTEXT_CONFIG_OPTION_UNDEFINED);
+  std::uint32_t option = enumValue(config.option);
+  if (option > KIV_GPU_CONTEXT_CONFIG_OPTION_INVALIDATE_KERNEL_REPO) {
+    option = KIV_GPU_CONTEXT_CONFIG_OPTION_UNDEFINED;
+  }
+  line.begin('{').field("option", option);
   printValue(line, config);
   line.end('}');
 }

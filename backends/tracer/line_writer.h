@@ -3,6 +3,7 @@
 #include <charconv>
 #include <concepts>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -35,6 +36,16 @@ struct List {
 };
 template <typename T>
 List(const T* const*) -> List<T>;
+
+// The number in an enum of a client's record, which may be any: reading it as
+// the enum would be undefined for numbers that the enum does not have.
+template <typename Enum>
+requires std::is_enum_v<Enum> std::uint32_t enumValue(const Enum& value) {
+  static_assert(sizeof(Enum) == sizeof(std::uint32_t));
+  std::uint32_t number = 0;
+  std::memcpy(&number, &value, sizeof(number));
+  return number;
+}
 
 // Memory of a backend's or a client's own making: only its presence is shown.
 struct Opaque {
@@ -99,8 +110,8 @@ void print(LineWriter& line, Number number) {
 
 template <typename Enum>
 requires std::is_enum_v<Enum>
-void print(LineWriter& line, Enum value) {
-  print(line, static_cast<std::uint32_t>(value));
+void print(LineWriter& line, const Enum& value) {
+  print(line, enumValue(value));
 }
 
 // What a pointer leads to.

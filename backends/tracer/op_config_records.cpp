@@ -4,7 +4,7 @@ namespace kiv::tracer {
 namespace {
 
 void printValue(LineWriter& line, const Kiv_Scalar_t& scalar) {
-  switch (scalar.dataType) {
+  switch (enumValue(scalar.dataType)) {
     case KIV_DATA_TYPE_INT_8:
       return print(line, scalar.int8Value);
     case KIV_DATA_TYPE_INT_16:
@@ -54,9 +54,9 @@ void print(LineWriter& line, const Kiv_Scalar_t& scalar) {
 
 void print(LineWriter& line, const Kiv_Param_t& param) {
   line.begin('{').field("type", param.paramType).field("name", param.name);
-  if (param.paramType == KIV_PARAM_TYPE_SCALAR) {
+  if (enumValue(param.paramType) == KIV_PARAM_TYPE_SCALAR) {
     line.field("scalar", param.scalarParam);
-  } else if (param.paramType == KIV_PARAM_TYPE_TENSOR) {
+  } else if (enumValue(param.paramType) == KIV_PARAM_TYPE_TENSOR) {
     line.field("tensor", param.tensorParam);
   }
   line.end('}');
@@ -64,7 +64,9 @@ void print(LineWriter& line, const Kiv_Param_t& param) {
 
 void print(LineWriter& line, const Kiv_OpConfig_t& config) {
   line.begin('{').field("version", config.version);
-  if (config.version == KIV_OP_CONFIG_VERSION_1) printFields(line, config.v1);
+  if (enumValue(config.version) == KIV_OP_CONFIG_VERSION_1) {
+    printFields(line, config.v1);
+  }
   line.end('}');
 }
 

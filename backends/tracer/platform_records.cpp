@@ -5,7 +5,7 @@ namespace kiv::tracer {
 
 void print(LineWriter& line, const KivDevice_CoreInfo_t& core) {
   line.begin('{').field("version", core.version);
-  if (core.version == KIV_DEVICE_CORE_INFO_VERSION_1) {
+  if (enumValue(core.version) == KIV_DEVICE_CORE_INFO_VERSION_1) {
     line.field("id", core.v1.coreId).field("type", core.v1.coreType);
   }
   line.end('}');
@@ -13,7 +13,7 @@ void print(LineWriter& line, const KivDevice_CoreInfo_t& core) {
 
 void print(LineWriter& line, const KivDevice_HardwareDeviceInfo_t& device) {
   line.begin('{').field("version", device.version);
-  if (device.version == KIV_DEVICE_HARDWARE_DEVICE_INFO_VERSION_1) {
+  if (enumValue(device.version) == KIV_DEVICE_HARDWARE_DEVICE_INFO_VERSION_1) {
     line.field("id", device.v1.deviceId)
         .field("type", device.v1.deviceType)
         .field("count", device.v1.numCores)
@@ -24,7 +24,7 @@ void print(LineWriter& line, const KivDevice_HardwareDeviceInfo_t& device) {
 
 void print(LineWriter& line, const KivDevice_PlatformInfo_t& platform) {
   line.begin('{').field("version", platform.version);
-  if (platform.version == KIV_DEVICE_PLATFORM_INFO_VERSION_1) {
+  if (enumValue(platform.version) == KIV_DEVICE_PLATFORM_INFO_VERSION_1) {
     line.field("count", platform.v1.numHwDevices)
         .field("devices",
                Array{platform.v1.hwDevices, platform.v1.numHwDevices});

@@ -24,7 +24,7 @@ void printFields(LineWriter& line, const Kiv_BwAxisScaleOffset_t& encoding) {
 }
 
 void printEncoding(LineWriter& line, const Kiv_QuantizeParams_t& quantize) {
-  switch (quantize.quantizationEncoding) {
+  switch (enumValue(quantize.quantizationEncoding)) {
     case KIV_QUANTIZATION_ENCODING_SCALE_OFFSET:
       line.field("scale", quantize.scaleOffsetEncoding.scale)
           .field("offset", quantize.scaleOffsetEncoding.offset);

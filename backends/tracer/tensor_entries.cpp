@@ -7,8 +7,9 @@ namespace {
 // Where a tensor's id is; null for a version that is not known.
 uint32_t* idOf(Kiv_Tensor_t* tensor) {
   if (tensor == nullptr) return nullptr;
-  if (tensor->version == KIV_TENSOR_VERSION_1) return &tensor->v1.id;
-  if (tensor->version == KIV_TENSOR_VERSION_2) return &tensor->v2.id;
+  const std::uint32_t version = enumValue(tensor->version);
+  if (version == KIV_TENSOR_VERSION_1) return &tensor->v1.id;
+  if (version == KIV_TENSOR_VERSION_2) return &tensor->v2.id;
   return nullptr;
 }
 

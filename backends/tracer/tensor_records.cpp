@@ -7,22 +7,22 @@ namespace {
 // Without data the size is left out, since it says nothing. Of a size that ends
 // amid an element the hash covers whole elements only: no more is recorded.
 void printBuffer(LineWriter& line, const Kiv_ClientBuffer_t& buffer,
-                 Kiv_DataType_t type) {
+                 const Kiv_DataType_t& type) {
   if (buffer.data == nullptr) {
     line.key("data").word("null");
     return;
   }
   const std::uint32_t hashed =
-      buffer.dataSize - buffer.dataSize % elementSize(type);
+      buffer.dataSize - buffer.dataSize % elementSize(enumValue(type));
   line.field("data", Data{buffer.data, hashed, buffer.dataSize});
 }
 
 template <typename TensorV>
 void printMemory(LineWriter& line, const TensorV& tensor) {
   line.field("mem", tensor.memType);
-  if (tensor.memType == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER) {
+  if (enumValue(tensor.memType) == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER) {
     printBuffer(line, tensor.clientBuf, tensor.dataType);
-  } else if (tensor.memType == KIV_TENSOR_MEM_TYPE_MEM_HANDLE) {
+  } else if (enumValue(tensor.memType) == KIV_TENSOR_MEM_TYPE_MEM_HANDLE) {
     line.key("handle").handle(Kind::kMem, tensor.memHandle);
   }
 }
@@ -53,9 +53,9 @@ void print(LineWriter& line, const Kiv_SparseParams_t& sparse) {
 
 void print(LineWriter& line, const Kiv_Tensor_t& tensor) {
   line.begin('{').field("version", tensor.version);
-  if (tensor.version == KIV_TENSOR_VERSION_1) {
+  if (enumValue(tensor.version) == KIV_TENSOR_VERSION_1) {
     printCommonFields(line, tensor.v1);
-  } else if (tensor.version == KIV_TENSOR_VERSION_2) {
+  } else if (enumValue(tensor.version) == KIV_TENSOR_VERSION_2) {
     printCommonFields(line, tensor.v2);
     line.field("dynamic", Array{tensor.v2.isDynamicDimensions, tensor.v2.rank})
         .field("sparse", tensor.v2.sparseParams)
