@@ -2,14 +2,14 @@
 # ./test.sh [preset...]
 #
 # Checks the format of all sources, then builds and tests each preset: debug,
-# clang, asan and tsan, or those named; windows (under Wine) is another one. The
-# last line sums up; the exit status tells whether all passed.
+# clang, asan, tsan and windows (under Wine), or those named. The last line sums
+# up; the exit status tells whether all passed.
 set -euo pipefail
 export LC_ALL=C
 
 cd "$(dirname "${BASH_SOURCE[0]}")"
 presets=("$@")
-[ $# -gt 0 ] || presets=(debug clang asan tsan)
+[ $# -gt 0 ] || presets=(debug clang asan tsan windows)
 passed=0
 failed=0
 

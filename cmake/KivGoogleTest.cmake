@@ -2,6 +2,14 @@
 # built from the sources that Debian's package googletest brings.
 include(GoogleTest)
 
+# Makes each test of a program one of CTest's; what follows goes on to
+# gtest_discover_tests. An emulator takes long to start for the first time.
+function(kiv_google_tests target)
+  target_link_libraries(${target} PRIVATE GTest::gtest_main)
+  kiv_compile_options(${target})
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 120 ${ARGN})
+endfunction()
+
 if(NOT CMAKE_CROSSCOMPILING)
   find_package(GTest REQUIRED)
   return()

@@ -5,26 +5,30 @@
 #
 #   compare_client.sh CLIENT SAVER TRACER ARGUMENT COMPILER...
 #
-# A compiler may carry flags ("gcc -fsanitize=thread"). Ends with 0 when every
-# replay makes the client's calls, 77 when the client does not accept the
-# network, 1 otherwise.
+# For compilers and the environment see replay.sh. Ends with 0 when every replay
+# makes the client's calls, 77 when the client does not accept the network, 1
+# otherwise.
 set -euo pipefail
 
 client=$1 saver=$2 tracer=$3 argument=$4
 shift 4
-include=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../include" && pwd)
+replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay.sh
+emulator=${KIV_EMULATOR:-}
+drive=${emulator:+Z:}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-# All records of a recording are variables of its main.
-ulimit -s unlimited 2>/dev/null || ulimit -s "$(ulimit -H -s)"
 
 fail() {
   echo "$argument: $1"
   exit 1
 }
 
-if ! KIV_TRACER_OUTPUT="$work/direct" "$client" --backend "$tracer" \
-    "$argument" >"$work/log" 2>&1; then
+run_client() { # OPTION...
+  ${emulator:+"$emulator"} "$client" "$@" "$argument" >"$work/log" 2>&1
+}
+
+if ! KIV_TRACER_OUTPUT="$drive$work/direct" \
+    run_client --backend "$drive$tracer"; then
   if grep -q 'not accepted' "$work/log"; then
     grep 'not accepted' "$work/log"
     exit 77
@@ -32,19 +36,15 @@ if ! KIV_TRACER_OUTPUT="$work/direct" "$client" --backend "$tracer" \
   cat "$work/log"
   fail 'the client fails on Tracer'
 fi
-if ! "$client" --backend "$saver" --output-dir "$work/recording" \
-    "$argument" >"$work/log" 2>&1; then
+if ! run_client --backend "$drive$saver" \
+    --output-dir "$drive$work/recording"; then
   cat "$work/log"
   fail 'the client fails on the Saver'
 fi
 
 for compiler in "$@"; do
-  # shellcheck disable=SC2086  # the flags are words of their own
-  $compiler -std=gnu11 -w -I"$include" "$work/recording/saver_output.c" \
-      -o "$work/replay" "$tracer" -Wl,-rpath,"$(dirname "$tracer")" ||
-    fail "$compiler does not compile the recording"
-  (cd "$work/recording" && KIV_TRACER_OUTPUT="$work/replayed" ../replay) ||
-    fail "the replay built by $compiler fails with $?"
+  bash "$replay" "$tracer" "$compiler" "$work/recording/saver_output.c" \
+    "$work/replayed" || fail 'the recording is not replayed'
   diff "$work/direct" "$work/replayed" >"$work/difference" || {
     head -n 6 "$work/difference" | cut -c -300
     fail "the replay built by $compiler makes other calls"

@@ -7,7 +7,7 @@ set -euo pipefail
 
 client=$1 saver=$2 tracer=$3 network=$4
 shift 4
-include=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../include" && pwd)
+replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay.sh
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -25,9 +25,6 @@ record 3 --no-header
 calls() { sed -E 's/#[0-9]+/#/g; s/id=[0-9]+/id=/g' "$@"; }
 
 for compiler in "$@"; do
-  # shellcheck disable=SC2086  # the flags are words of their own
-  $compiler -std=gnu11 -w -I"$include" "$work/recording/all.c" \
-      -o "$work/replay" "$tracer" -Wl,-rpath,"$(dirname "$tracer")"
-  (cd "$work/recording" && KIV_TRACER_OUTPUT="$work/replayed" ../replay)
+  bash "$replay" "$tracer" "$compiler" "$work/recording/all.c" "$work/replayed"
   diff <(calls "$work"/direct.{1,2,3}) <(calls "$work/replayed")
 done

@@ -1,12 +1,8 @@
 #include "library/client.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
-#include <cstdlib>
+#include <utility>
 
 namespace kiv::test {
 
@@ -76,39 +72,6 @@ std::string tensorText(const std::string& name, const std::string& id,
                          : "") +
          "};\n   Kiv_Tensor_t " + name + " = {(Kiv_TensorVersion_t)" + version +
          ", ." + member + " = " + name + '_' + member + "};\n";
-}
-
-int inChild(const std::function<int()>& body) {
-  constexpr unsigned kMostSeconds = 30;
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(kMostSeconds);
-    std::exit(body());
-  }
-  int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child) return -1;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
-namespace {
-
-void limitFileSize(rlim_t size) {
-  rlimit limit{};
-  getrlimit(RLIMIT_FSIZE, &limit);
-  limit.rlim_cur = size;
-  setrlimit(RLIMIT_FSIZE, &limit);
-}
-
-}  // namespace
-
-FileSizeLimit::FileSizeLimit(std::size_t size) {
-  std::signal(SIGXFSZ, SIG_IGN);
-  limitFileSize(size);
-}
-
-FileSizeLimit::~FileSizeLimit() {
-  limitFileSize(RLIM_INFINITY);
-  std::signal(SIGXFSZ, SIG_DFL);
 }
 
 }  // namespace kiv::test

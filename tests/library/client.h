@@ -99,18 +99,4 @@ Config configOf(int option) {
   return config;
 }
 
-// Runs `body` in a process of its own, which ends with its result, and returns
-// the exit code; minus the signal's number if it was killed. A body that hangs
-// is killed.
-int inChild(const std::function<int()>& body);
-
-// Lets no file of the process grow beyond a size, while it lives.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(std::size_t size);
-  ~FileSizeLimit();
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-};
-
 }  // namespace kiv::test

@@ -1,4 +1,3 @@
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -10,16 +9,6 @@ namespace kiv::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The function of a library that is loaded already.
-KivInterface_GetProvidersFn_t getProvidersOf(const SaverLibrary& saver) {
-  Dl_info info{};
-  dladdr(reinterpret_cast<void*>(saver.api().backendFree), &info);
-  void* library = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
-  void* function = dlsym(library, "KivInterface_getProviders");
-  dlclose(library);
-  return reinterpret_cast<KivInterface_GetProvidersFn_t>(function);
-}
 
 TEST(Interface, ProviderRecordIsBinaryStable) {
   const SaverLibrary saver;
@@ -40,7 +29,9 @@ TEST(Interface, ProviderRecordIsBinaryStable) {
 
 TEST(Interface, GetProvidersWritesNothingWhenRefused) {
   const SaverLibrary saver;
-  const auto getProviders = getProvidersOf(saver);
+  const auto getProviders =
+      saver.library().function<KivInterface_GetProvidersFn_t>(
+          "KivInterface_getProviders");
   EXPECT_EQ(getProviders(nullptr, nullptr), 1004U);
   uint32_t count = 77;
   EXPECT_EQ(getProviders(nullptr, &count), 1004U);

@@ -104,7 +104,7 @@ constexpr Told kSlash = {1004,
                          "Model filename or data filename contain slashes"};
 constexpr Told kUnknown6 = {1004, "Unknown Saver config option provided: 6"};
 constexpr Told kUnknownMost = {
-    1004, "Unknown Saver config option provided: 4294967295"};
+    1004, "Unknown Saver config option provided: 2147483647"};
 
 struct TimingRow {
   std::vector<Option> options;
@@ -125,7 +125,7 @@ TEST(SaverConfig, WhatIsAllowedBeforeAndAfterTheStart) {
       {{option(5)}, kFooterAlone, kFooterAlone},
       {{option(4), kDirectory}, kHeaderAlone, kLateDirectory},
       {{option(6)}, kUnknown6, kUnknown6},
-      {{option(4), option(-1)}, kUnknownMost, kUnknownMost},
+      {{option(4), option(0x7FFFFFFF)}, kUnknownMost, kUnknownMost},
       {{fileOption(nullptr, "a/b")}, kNullName, kNullName},
       {{fileOption("a/b", nullptr)}, kNullName, kNullName},
       {{fileOption("out/model.c", "b")}, kSlash, kSlash},
@@ -175,13 +175,16 @@ TEST(SaverConfig, MissingDirectoryTextsMeanTheDefault) {
   fs::current_path(temp.path());
   for (const char* path : {static_cast<const char*>(nullptr), ""}) {
     SaverLibrary saver;
-    LogCapture log(saver.api());
-    EXPECT_EQ(initialize(saver, {directoryOption(path)}), 0U);
-    EXPECT_EQ(log.take(),
-              (std::vector<std::string>{
-                  "2: " + std::string(path == nullptr ? "NULL" : "Empty") +
-                  " output path provided, defaulting to ./saver_output/"}));
+    {
+      LogCapture log(saver.api());
+      EXPECT_EQ(initialize(saver, {directoryOption(path)}), 0U);
+      EXPECT_EQ(log.take(),
+                (std::vector<std::string>{
+                    "2: " + std::string(path == nullptr ? "NULL" : "Empty") +
+                    " output path provided, defaulting to ./saver_output/"}));
+    }
     record(saver, 0);
+    EXPECT_TRUE(saver.unload());
     EXPECT_TRUE(fs::exists("saver_output/saver_output.c"));
     EXPECT_TRUE(fs::exists("saver_output/params.bin"));
     fs::remove_all("saver_output");

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "robustness/in_child.h"
 #include "robustness/replay.h"
 
 // Directories and files that are not there, not for us, or taken away.
@@ -49,6 +51,13 @@ const Obstacle kObstacles[] = {
      "Could not open file: saver_output.c"},
     {"a directory in the data file's place",
      [](const fs::path& path) { fs::create_directories(path / "params.bin"); },
+     [](const fs::path& path) { fs::remove(path / "params.bin"); },
+     "Could not open file: params.bin"},
+    {"a pipe that nobody reads in the data file's place",
+     [](const fs::path& path) {
+       fs::create_directory(path);
+       EXPECT_EQ(mkfifo((path / "params.bin").c_str(), 0600), 0);
+     },
      [](const fs::path& path) { fs::remove(path / "params.bin"); },
      "Could not open file: params.bin"},
     {"a link from the model file to a full device",

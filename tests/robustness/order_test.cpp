@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <thread>
 
+#include "robustness/in_child.h"
 #include "robustness/replay.h"
+#include "support/file_size_limit.h"
 
 // Things in an order that nobody expects.
 namespace kiv::test {
@@ -189,16 +191,18 @@ TEST(Order, CallbackMakesRecordedCalls) {
     expectInChild([&] {
       Client c;
       c.api.logCreate(callback, KIV_LOG_LEVEL_WARN, nullptr);
-      const FileSizeLimit full(writeFails ? c.saver.modelText().size()
-                                          : kNoLimit);
       Code tidied = 1;
       onMessage = [&] {
         const FileSizeLimit room(kNoLimit);
         tidied = c.api.backendFree(c.backend);
       };
-      EXPECT_NE(
-          c.api.graphFinalize(writeFails ? c.graph : nullptr, nullptr, nullptr),
-          0U);
+      {
+        const FileSizeLimit full(writeFails ? c.saver.modelText().size()
+                                            : kNoLimit);
+        EXPECT_NE(c.api.graphFinalize(writeFails ? c.graph : nullptr, nullptr,
+                                      nullptr),
+                  0U);
+      }
       EXPECT_EQ(tidied, 0U);
       c.saver.unload();
       EXPECT_EQ(replay(c.saver.directory()).size(), 6U);
@@ -229,6 +233,77 @@ TEST(Order, ClientClosesAllDescriptors) {
       EXPECT_TRUE(saver.unload());
     });
   }
+}
+
+const Api* exitingApi;
+
+TEST(Order, ExitWritesTheFooterAndLateCallsAreRefused) {
+  const TempDirectory temp;
+  EXPECT_EQ(inChild([&] {
+              // Runs last, when the library's session has ended.
+              std::atexit([] {
+                const bool refused =
+                    exitingApi->propertyHasCapability(2) == 4000 &&
+                    exitingApi->errorGetMessage(0, nullptr) == 4000 &&
+                    exitingApi->backendCreate(nullptr, nullptr, nullptr) ==
+                        4004;
+                _exit(refused ? 0 : 1);
+              });
+              // Lives on until the end of the process.
+              static const auto* saver = new SaverLibrary;
+              std::filesystem::remove(saver->directory().parent_path());
+              const std::string path = temp.path().string();
+              KivSaver_Config_t directory{};
+              directory.outputDirectory = path.c_str();
+              saver->initialize({&directory});
+              exitingApi = &saver->api();
+              createObjects(*exitingApi);
+              std::atexit([] { exitingApi->propertyHasCapability(1); });
+              return 2;
+            }),
+            0);
+  const std::string text = readFile(temp.path() / "saver_output.c");
+  EXPECT_TRUE(text.ends_with("0 : error;\n}\n")) << text;
+  EXPECT_NE(text.find("(KivProperty_Key_t)1"), std::string::npos);
+  EXPECT_EQ(text.find("(KivProperty_Key_t)2"), std::string::npos);
+}
+
+// A callback that calls the logger's functions in the midst of a message.
+const Api* callbackApi;
+std::vector<std::string>* callbackFormats;
+
+void reenter(const char* format, KivLog_Level_t level, uint64_t, va_list) {
+  callbackFormats->push_back(std::to_string(level) + ": " + format);
+  Kiv_LogHandle_t logger = nullptr;
+  callbackApi->logSetLogLevel(nullptr, KIV_LOG_LEVEL_ERROR);
+  callbackApi->logCreate(reenter, KIV_LOG_LEVEL_WARN, &logger);
+  callbackApi->logFree(logger);
+}
+
+TEST(Order, CallbackMayCallTheLoggerAndGetsRawFormats) {
+  EXPECT_EQ(
+      inChild([] {
+        std::vector<std::string> formats;
+        callbackFormats = &formats;
+        Client c;
+        callbackApi = &c.api;
+        Kiv_LogHandle_t logger = nullptr;
+        c.api.logCreate(reenter, KIV_LOG_LEVEL_WARN, &logger);
+        c.createGraph("g", &c.graph);
+        {
+          const FileSizeLimit full(c.saver.modelText().size());
+          c.api.propertyHasCapability(0);
+        }
+        const std::vector<std::string> expected = {
+            "1: Graph with name %s already exists within the context",
+            "1: Size of string written(%ld) does not match size of original "
+            "string(%ld)"};
+        EXPECT_EQ(formats, expected);
+        EXPECT_EQ(c.api.logFree(logger), 0U);
+        EXPECT_EQ(c.api.logFree(logger), 11002U);
+        return ::testing::Test::HasFailure() ? 1 : 0;
+      }),
+      0);
 }
 
 }  // namespace

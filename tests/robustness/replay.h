@@ -36,14 +36,4 @@ std::size_t countOf(const std::string& text, const std::string& part);
 // The bytes that the read statements of a model file ask for.
 std::size_t bytesRead(const std::string& modelText);
 
-// Runs a part of a test in a process of its own, where it passes.
-void expectInChild(const std::function<void()>& body);
-
-// Makes one call of a session, or repeats it, or leaves it out.
-using Caller = std::function<void(const std::function<Code()>& call)>;
-
-// Fifteen calls: objects of all kinds, tensors with and without data, a node,
-// an execution, and the frees.
-void runSession(const Api& api, const Caller& make);
-
 }  // namespace kiv::test

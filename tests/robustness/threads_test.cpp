@@ -10,6 +10,7 @@
 #include <set>
 #include <thread>
 
+#include "robustness/in_child.h"
 #include "robustness/replay.h"
 
 // Many threads record at once.

@@ -1,8 +1,8 @@
 #include "support/files.h"
 
 #include <fstream>
-#include <iterator>
 #include <random>
+#include <sstream>
 
 namespace kiv::test {
 
@@ -10,7 +10,9 @@ namespace fs = std::filesystem;
 
 std::string readFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream content;
+  content << file.rdbuf();
+  return std::move(content).str();
 }
 
 void writeFile(const fs::path& path, const std::string& content) {

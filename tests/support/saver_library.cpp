@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "support/provider.h"
+
 namespace kiv::test {
 namespace {
 
@@ -16,11 +18,7 @@ constexpr const char* kFooterStart =
 
 SaverLibrary::SaverLibrary()
     : directory_(temp_.path() / "recording"), library_(KIV_SAVER_LIBRARY) {
-  const KivInterface_t** providers = nullptr;
-  uint32_t count = 0;
-  library_.function<KivInterface_GetProvidersFn_t>("KivInterface_getProviders")(
-      &providers, &count);
-  provider_ = providers[0];
+  provider_ = &providerOf(library_);
   initialize_ =
       library_.function<KivSaver_InitializeFn_t>("KivSaver_initialize");
   const std::string text = directory_.string();

@@ -24,6 +24,7 @@ class SaverLibrary {
   SaverLibrary(const SaverLibrary&) = delete;
   SaverLibrary& operator=(const SaverLibrary&) = delete;
 
+  const DynamicLibrary& library() const { return library_; }
   const KivInterface_t& provider() const { return *provider_; }
   const KivInterface_Implementation_t& api() const {
     return provider_->KIV_INTERFACE_VER_NAME;

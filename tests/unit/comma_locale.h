@@ -11,7 +11,7 @@ class CommaLocale {
  public:
   CommaLocale()
       : before_(std::locale::global(std::locale(std::locale(), new Commas))) {
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"}) {
+    for (const char* name : {"de_DE.ISO-8859-1", "de_DE.UTF-8", "German"}) {
       if (std::setlocale(LC_ALL, name) != nullptr) break;
     }
   }

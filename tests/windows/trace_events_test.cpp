@@ -10,10 +10,14 @@ void control(Provider& target, ULONG code, UCHAR level) {
   Provider::onEnable(nullptr, code, level, 0, 0, nullptr, &target);
 }
 
-TEST(TraceEvents, TheSystemTakesEvents) {
+TEST(TraceEvents, TheSystemTakesTheProviderAndItsEvents) {
   Provider own;
+  EXPECT_EQ(own.registered(), ULONG{ERROR_SUCCESS});
+  EXPECT_EQ(own.named(), ULONG{ERROR_SUCCESS});
   EXPECT_EQ(own.write("a message"), ULONG{ERROR_SUCCESS});
   EXPECT_EQ(own.write(""), ULONG{ERROR_SUCCESS});
+  EXPECT_EQ(own.unregister(), ULONG{ERROR_SUCCESS});
+  EXPECT_NE(own.unregister(), ULONG{ERROR_SUCCESS});
 }
 
 TEST(TraceEvents, ListenersSwitchTheProviderOnAndOff) {

@@ -4,10 +4,10 @@
 
 #include <csignal>
 
-namespace kiv::output::test {
+namespace kiv::test {
 
-// Lets no file of the process grow beyond a size: a write stops there, in the
-// middle if need be, like one to a disk that is full.
+// Lets no file of the process grow beyond a size, while it lives: a write stops
+// there, in the middle if need be, like one to a disk that is full.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(std::size_t bytes)
@@ -29,4 +29,4 @@ class FileSizeLimit {
   void (*signal_)(int);
 };
 
-}  // namespace kiv::output::test
+}  // namespace kiv::test

@@ -1,5 +1,5 @@
-// A backend that answers all calls but one: the one that KIV_REFUSE names fails
-// with 5999. Prints its own name for each object that is freed.
+// A backend that prints the name of each call and does nothing. The call that
+// KIV_REFUSE names fails with KIV_REFUSE_STATUS.
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,9 +13,12 @@ int object;
 uint32_t nextTensorId = 1;
 
 Kiv_ErrorHandle_t answer(const char* name) {
+  std::puts(name);
   const char* refused = std::getenv("KIV_REFUSE");
-  const bool refuse = refused != nullptr && std::strcmp(refused, name) == 0;
-  return refuse ? KIV_CONTEXT_ERROR_GENERAL : KIV_SUCCESS;
+  const char* status = std::getenv("KIV_REFUSE_STATUS");
+  if (refused == nullptr || status == nullptr) return KIV_SUCCESS;
+  if (std::strcmp(refused, name) != 0) return KIV_SUCCESS;
+  return std::strtoul(status, nullptr, 10);
 }
 
 Kiv_ErrorHandle_t create(const char* name, void** handle) {
@@ -23,19 +26,18 @@ Kiv_ErrorHandle_t create(const char* name, void** handle) {
   return answer(name);
 }
 
-Kiv_ErrorHandle_t release(const char* name) {
-  std::puts(name);
-  return answer(name);
-}
-
 KivInterface_t provider() {
   KivInterface_t made{};
   made.apiVersion.coreApiVersion.majorVersion = KIV_CORE_API_VERSION_MAJOR;
   auto& api = made.KIV_INTERFACE_VER_NAME;
+  api.logCreate = [](auto, auto, auto* out) {
+    return create("logCreate", out);
+  };
+  api.logFree = [](auto) { return answer("logFree"); };
   api.backendCreate = [](auto, auto, auto* out) {
     return create("backendCreate", out);
   };
-  api.backendFree = [](auto) { return release("backendFree"); };
+  api.backendFree = [](auto) { return answer("backendFree"); };
   api.contextCreate = [](auto, auto, auto, auto* out) {
     return create("contextCreate", out);
   };
@@ -46,7 +48,7 @@ KivInterface_t provider() {
   api.contextGetBinary = [](auto, auto*, auto, auto*) -> Kiv_ErrorHandle_t {
     return KIV_BACKEND_ERROR_NOTHING_TO_REPORT;
   };
-  api.contextFree = [](auto, auto) { return release("contextFree"); };
+  api.contextFree = [](auto, auto) { return answer("contextFree"); };
   api.graphCreate = [](auto, auto, auto, auto* out) {
     return create("graphCreate", out);
   };
