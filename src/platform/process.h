@@ -11,6 +11,11 @@ std::uint64_t processId();
 // what it is doing.
 bool isLastThreadOfProcess();
 
+// Lets `action` be called when the library is unloaded or the process exits, in
+// the reverse order of what is registered for it; false when that is not to be
+// had. For one action of the library, which may be told of once.
+bool callAtEnd(void (*action)());
+
 // A number that each thread has for itself, 0 at first. It leaves nothing
 // behind in the process when the library is unloaded.
 std::uint32_t threadNumber();

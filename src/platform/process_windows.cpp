@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <cstdlib>
+
 #include "platform/process.h"
 
 // No header declares it.
@@ -33,6 +35,9 @@ std::uint64_t processId() { return ::GetCurrentProcessId(); }
 
 // The system ends all other threads before it tells the libraries.
 bool isLastThreadOfProcess() { return ::RtlDllShutdownInProgress() != 0; }
+
+// Not a local static variable, for the reason that Slot has.
+bool callAtEnd(void (*action)()) { return std::atexit(action) == 0; }
 
 std::uint32_t threadNumber() {
   return static_cast<std::uint32_t>(

@@ -1,7 +1,6 @@
 #include "session/session.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <mutex>
 #include <new>
 #include <thread>
@@ -63,16 +62,15 @@ class Holder {
 constinit std::atomic<Holder*> theHolder = nullptr;
 constinit log::SpinLock making;
 
-// Made on first use, and ended as a local static variable would be: by the
-// library's unloading, or in the reverse order of exit handlers. Such a
-// variable itself would leave something behind in a Windows process, see
+// Made on first use, and ended as a local static variable would be, which
+// itself would leave something behind in a Windows process, see
 // platform::threadNumber().
 Holder& holder() {
   if (Holder* made = theHolder) return *made;
   const std::lock_guard lock(making);
   if (theHolder == nullptr) {
     auto made = std::make_unique<Holder>();
-    if (std::atexit([] { delete theHolder.load(); }) != 0)
+    if (!platform::callAtEnd([] { delete theHolder.load(); }))
       throw std::bad_alloc();
     theHolder = made.release();
   }

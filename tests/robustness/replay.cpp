@@ -36,7 +36,7 @@ Lines replay(const std::filesystem::path& recording) {
   const TempDirectory temp;
   const std::filesystem::path trace = temp.path() / "trace";
   const std::filesystem::path log = temp.path() / "log";
-  const std::string command = "bash " KIV_REPLAY " '" +
+  const std::string command = KIV_REPLAY " '" +
                               (recording / "saver_output.c").string() + "' '" +
                               trace.string() + "' >'" + log.string() + "' 2>&1";
   if (std::system(command.c_str()) == 0) return linesOf(trace);
