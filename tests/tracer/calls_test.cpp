@@ -145,7 +145,7 @@ TEST_F(TracerHandles, OfContextsGiveABinaryWithinTheBuffer) {
   const Kiv_ContextHandle_t context = createContext();
   const std::string binary = "KIV_TRACER binary of context#0";
   Kiv_ContextBinarySize_t written = 0;
-  for (const Kiv_ContextBinarySize_t size : {3, 30, 31}) {
+  for (const Kiv_ContextBinarySize_t size : {3u, 30u, 31u}) {
     std::string buffer(31, '#');
     api_.contextGetBinary(context, buffer.data(), size, &written);
     EXPECT_EQ(written, std::min<Kiv_ContextBinarySize_t>(size, 30));
