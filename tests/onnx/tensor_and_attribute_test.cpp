@@ -68,8 +68,8 @@ TEST(TensorData, RefusesWhatDoesNotFit) {
        "not accepted: tensor w keeps its data in another file"},
       {"data_type: 2 dims: 4294967295 dims: 4294967295 dims: 0", ""}};
   for (const auto& [text, error] : rows) {
-    EXPECT_EQ(errorOf([&] { readTensor(tensorProto(text), "w"); }), error)
-        << text;
+    const onnx::TensorProto tensor = tensorProto(text);
+    EXPECT_EQ(errorOf([&] { readTensor(tensor, "w"); }), error) << text;
   }
 }
 
