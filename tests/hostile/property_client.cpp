@@ -10,20 +10,15 @@
 
 namespace {
 
-std::vector<std::uint8_t> bytesOf(unsigned long seed) {
-  std::mt19937_64 random(seed);
-  std::vector<std::uint8_t> bytes(500 + random() % 8000);
-  for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random());
-  return bytes;
-}
-
 bool runSession(const KivInterface_Implementation_t& api,
                 const std::string& seed) {
-  const std::vector<std::uint8_t> bytes = bytesOf(std::stoul(seed));
+  std::mt19937_64 random(std::stoul(seed));
+  std::vector<std::uint8_t> bytes(500 + random() % 8000);
+  for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random());
   kiv::test::Source source(bytes);
   kiv::test::RandomClient client(api, source,
                                  kiv::test::RandomClient::Manner::kFair);
-  client.run();
+  while (!source.isEmpty()) client.step();
   for (const std::string& failure : client.failures())
     std::fprintf(stderr, "refused: %s\n", failure.c_str());
   return client.failures().empty();

@@ -3,419 +3,212 @@
 #include <algorithm>
 
 namespace kiv::test {
+namespace {
 
-RandomClient::RandomClient(const KivInterface_Implementation_t& api,
-                           Source& source, Manner manner)
-    : api_(api),
-      source_(source),
-      hostile_(manner == Manner::kHostile),
-      records_(source, hostile_) {}
+using Ids = std::vector<std::uint32_t>;
 
-void RandomClient::run() {
-  while (!source_.isEmpty()) step();
+// Neither freed nor in something that was.
+bool isThere(const RandomClient::Object* object) {
+  while (object != nullptr && !object->isFreed) object = object->owner;
+  return object == nullptr;
 }
 
-void RandomClient::step() {
-  using Calls = void (RandomClient::*)();
-  static constexpr Calls kCalls[] = {
-      &RandomClient::backendCalls,   &RandomClient::contextCreation,
-      &RandomClient::graphCreation,  &RandomClient::tensorCreation,
-      &RandomClient::tensorCreation, &RandomClient::graphCalls,
-      &RandomClient::graphCalls,     &RandomClient::execution,
-      &RandomClient::contextCalls,   &RandomClient::deviceCalls,
-      &RandomClient::profileCalls,   &RandomClient::eventCalls,
-      &RandomClient::otherCalls};
-  (this->*kCalls[source_.below(std::size(kCalls))])();
-}
-
-// A recorder has no binary to give; its size and bytes are recorded all the
-// same.
-bool RandomClient::note(const char* function, Kiv_ErrorHandle_t code) {
-  if (code == KIV_SUCCESS) return true;
-  if (code != KIV_BACKEND_ERROR_NOTHING_TO_REPORT)
-    failures_.push_back(function + (": " + std::to_string(code)));
-  return false;
-}
-
-RandomClient::Object* RandomClient::pick(Kind kind) {
-  const auto& all = objects_[kind];
-  std::vector<Object*> candidates;
-  std::ranges::copy_if(
-      all, std::back_inserter(candidates),
-      [this](const Object* object) { return hostile_ || !object->isFreed; });
-  if (candidates.empty()) return nullptr;
-  return candidates[source_.below(256) % candidates.size()];
-}
-
-void* RandomClient::handleOf(const Object* object, Kind kind) {
-  if (hostile_) {
-    switch (source_.below(24)) {
-      case 1:
-        return nullptr;
-      case 2:
-        return source_.number<void*>();
-      case 3:
-        return reinterpret_cast<void*>(std::uintptr_t{source_.below(8)});
-      case 4:
-        object = pick(static_cast<Kind>((kind + 1 + source_.below(4)) % 5));
-        break;
-      default:
-        break;
-    }
-  }
-  return object == nullptr ? nullptr : object->handle;
-}
-
-void* RandomClient::optional(Kind kind) {
-  return source_.oneIn(3) ? nullptr : handleOf(pick(kind), kind);
-}
-
-RandomClient::Object* RandomClient::add(Kind kind, void* handle) {
-  memory_.push_back(std::make_unique<Object>());
-  memory_.back()->handle = handle;
-  return objects_[kind].emplace_back(memory_.back().get());
-}
-
-void RandomClient::release(Object* object, Kind kind) {
-  if (object == nullptr) return;
-  object->isFreed = true;
-  if (kind != kContext) return;
-  for (Object* graph : objects_[kGraph])
-    if (graph->context == object) graph->isFreed = true;
-}
-
-std::vector<std::uint32_t> RandomClient::idsOf(const Object* object) {
-  std::vector<std::uint32_t> ids;
-  for (; object != nullptr; object = object->outer)
+// Of the tensors that can be seen in an object.
+Ids idsOf(const RandomClient::Object* object) {
+  Ids ids;
+  for (; object != nullptr; object = object->owner)
     ids.insert(ids.end(), object->ids.begin(), object->ids.end());
   return ids;
 }
 
-void RandomClient::backendCalls() {
-  Object* backend = pick(kBackend);
-  if (backend == nullptr || source_.oneIn(6)) {
-    void* handle = nullptr;
-    if (note("backendCreate",
-             api_.backendCreate(optional(kBackend), records_.backendConfigs(),
-                                orNull(&handle))))
-      add(kBackend, handle);
-    return;
-  }
-  void* handle = handleOf(backend, kBackend);
-  uint32_t count = 0;
-  const KivBackend_OperationName_t* operations = nullptr;
-  switch (source_.below(5)) {
-    case 0:
-      note("backendSetConfig",
-           api_.backendSetConfig(handle, records_.backendConfigs()));
-      break;
-    case 1:
-      note("backendRegisterOpPackage",
-           api_.backendRegisterOpPackage(handle, records_.anyText(),
-                                         records_.anyText(),
-                                         records_.anyText()));
-      break;
-    case 2:
-      note("backendGetSupportedOperations",
-           api_.backendGetSupportedOperations(handle, wanted(&count),
-                                              wanted(&operations)));
-      break;
-    case 3:
-      note("backendValidateOpConfig",
-           api_.backendValidateOpConfig(handle, records_.opConfig({})));
-      break;
-    default:
-      // A null one is not there to be freed.
-      if (source_.oneIn(4) && note("backendFree", api_.backendFree(handle)))
-        release(backend, kBackend);
-  }
+std::span<const std::uint8_t> randomBinary(Source& source,
+                                           RandomRecords& records) {
+  const std::size_t size = source.below(32);
+  if (size == 0 && source.oneIn(2)) return {};
+  return {static_cast<const std::uint8_t*>(records.bytes(size)), size};
 }
 
-void RandomClient::deviceCalls() {
-  Object* device = pick(kDevice);
-  const KivDevice_PlatformInfo_t* info = nullptr;
-  if (device == nullptr || source_.oneIn(6)) {
-    void* handle = nullptr;
-    if (note("deviceCreate",
-             api_.deviceCreate(optional(kBackend), records_.deviceConfigs(),
-                               orNull(&handle))))
-      add(kDevice, handle);
-    return;
-  }
-  void* handle = handleOf(device, kDevice);
-  KivDevice_Infrastructure_t infrastructure = nullptr;
-  switch (source_.below(5)) {
-    case 0:
-      note("deviceSetConfig",
-           api_.deviceSetConfig(handle, records_.deviceConfigs()));
-      break;
-    case 1:
-      note("deviceGetInfo", api_.deviceGetInfo(handle, wanted(&info)));
-      break;
-    case 2:
-      note("deviceGetPlatformInfo",
-           api_.deviceGetPlatformInfo(nullptr, wanted(&info)));
-      break;
-    case 3:
-      note("deviceGetInfrastructure",
-           api_.deviceGetInfrastructure(wanted(&infrastructure)));
-      break;
-    default:
-      if (source_.oneIn(3) && note("deviceFree", api_.deviceFree(handle)))
-        release(device, kDevice);
-  }
-}
+}  // namespace
 
-void RandomClient::profileCalls() {
-  Object* profile = pick(kProfile);
-  if (profile == nullptr || source_.oneIn(6)) {
-    void* handle = nullptr;
-    if (note("profileCreate",
-             api_.profileCreate(optional(kBackend), records_.border(),
-                                orNull(&handle))))
-      add(kProfile, handle);
-    return;
+// `o` is the object that the call is made with, `handle` its handle.
+#define KIV_CALL(function, ...) \
+#function, [](RandomClient& c, [[maybe_unused]] Object* o,                 \
+                [[maybe_unused]] void* handle) {                             \
+    [[maybe_unused]] RandomRecords& r = c.records_;                          \
+    return c.api_.function(__VA_ARGS__);                                     \
   }
-  void* handle = handleOf(profile, kProfile);
-  const KivProfile_EventId_t* events = nullptr;
-  uint32_t count = 0;
-  switch (source_.below(3)) {
-    case 0:
-      note("profileSetConfig",
-           api_.profileSetConfig(handle, records_.profileConfigs()));
-      break;
-    case 1:
-      note("profileGetEvents",
-           api_.profileGetEvents(handle, wanted(&events), wanted(&count)));
-      break;
-    default:
-      if (source_.oneIn(3) && note("profileFree", api_.profileFree(handle)))
-        release(profile, kProfile);
-  }
-}
 
-void RandomClient::eventCalls() {
-  const auto event = source_.number<KivProfile_EventId_t>();
-  const KivProfile_EventId_t* events = nullptr;
-  uint32_t count = 0;
-  KivProfile_EventData_t data{};
-  KivProfile_ExtendedEventData_t extended{};
-  switch (source_.below(4)) {
-    case 0:
-      note("profileGetSubEvents",
-           api_.profileGetSubEvents(event, wanted(&events), wanted(&count)));
-      break;
-    case 1:
-      note("profileGetEventData",
-           api_.profileGetEventData(event, wanted(&data)));
-      break;
-    case 2:
-      note("profileGetExtendedEventData",
-           api_.profileGetExtendedEventData(event, wanted(&extended)));
-      break;
-    default:
-      note("propertyHasCapability",
-           api_.propertyHasCapability(static_cast<std::uint32_t>(event)));
-  }
-}
-
-void RandomClient::contextCreation() {
-  void* backend = optional(kBackend);
-  void* device = optional(kDevice);
-  const KivContext_Config_t** configs = records_.contextConfigs();
-  const std::size_t size = source_.below(32);
-  const void* binary =
-      size == 0 && source_.oneIn(2) ? nullptr : records_.bytes(size);
-  if (hostile_ && source_.oneIn(16)) binary = nullptr;
-  void* handle = nullptr;
-  void** out = orNull(&handle);
-  void* profile = optional(kProfile);
-  bool created = false;
-  switch (source_.below(5)) {
-    case 0:
-      note("contextValidateBinary",
-           api_.contextValidateBinary(backend, device, configs, binary, size));
-      break;
-    case 1:
-      created = note("contextCreateFromBinary",
-                     api_.contextCreateFromBinary(backend, device, configs,
-                                                  binary, size, out, profile));
-      break;
-    case 2:
-      created =
-          note("contextCreateFromBinaryWithSignal",
-               api_.contextCreateFromBinaryWithSignal(
-                   backend, device, configs, binary, size, out, profile, {}));
-      break;
-    default:
-      created = note("contextCreate",
-                     api_.contextCreate(backend, device, configs, out));
-  }
-  if (created) add(kContext, handle);
-}
-
-void RandomClient::contextCalls() {
-  Object* context = pick(kContext);
-  if (context == nullptr) return contextCreation();
-  void* handle = handleOf(context, kContext);
-  Kiv_ContextBinarySize_t size = 0;
-  switch (source_.below(4)) {
-    case 0:
-      note("contextSetConfig",
-           api_.contextSetConfig(handle, records_.contextConfigs()));
-      break;
-    case 1:
-      note("contextGetBinarySize",
-           api_.contextGetBinarySize(handle, wanted(&size)));
-      break;
-    case 2: {
-      const std::uint32_t room = source_.below(64);
-      note("contextGetBinary",
-           api_.contextGetBinary(handle, orNull(records_.bytes(room)), room,
-                                 orNull(&size)));
-      break;
-    }
-    default:
-      if (source_.oneIn(3) &&
-          note("contextFree", api_.contextFree(handle, optional(kProfile))))
-        release(context, kContext);
-  }
-}
-
-void RandomClient::graphCreation() {
-  Object* parent = source_.oneIn(4) ? pick(kGraph) : nullptr;
-  Object* context =
-      parent != nullptr ? const_cast<Object*>(parent->context) : pick(kContext);
-  if (context == nullptr) return contextCreation();
-  // One of the names that there are, in this context or in another, or a new
-  // one.
-  const bool isKnown = !names_.empty() && source_.oneIn(4);
-  const char* name = orNull(isKnown ? names_[source_.below(256) % names_.size()]
-                                    : records_.nonNullText());
-  const std::string text = name == nullptr ? "" : name;
-  const bool isNew = !context->graphNames.contains(text);
-  if (!isNew && !hostile_ && parent != nullptr) return;
-  void* handle = nullptr;
-  void** out = orNull(&handle);
-  bool created = false;
-  if (parent != nullptr) {
-    created =
-        note("graphCreateSubgraph",
-             api_.graphCreateSubgraph(handleOf(parent, kGraph), name, out));
-  } else if (source_.oneIn(4) || (!hostile_ && !isNew)) {
-    created = note("graphRetrieve",
-                   api_.graphRetrieve(handleOf(context, kContext), name, out));
-  } else {
-    created =
-        note("graphCreate", api_.graphCreate(handleOf(context, kContext), name,
-                                             records_.graphConfigs(), out));
-  }
-  if (!created || !isNew) return;
-  context->graphNames.insert(text);
-  names_.push_back(name);
-  Object* graph = add(kGraph, handle);
-  graph->context = context;
-  graph->outer = parent != nullptr ? parent : context;
-}
-
-void RandomClient::graphCalls() {
-  Object* graph = pick(kGraph);
-  if (graph == nullptr) return graphCreation();
-  void* handle = handleOf(graph, kGraph);
-  switch (source_.below(6)) {
-    case 0:
-      note("graphSetConfig",
-           api_.graphSetConfig(handle, records_.graphConfigs()));
-      break;
-    case 1:
-      note("graphFinalize",
-           api_.graphFinalize(handle, optional(kProfile), nullptr));
-      break;
-    default:
-      note("graphAddNode",
-           api_.graphAddNode(handle, records_.opConfig(idsOf(graph))));
-  }
-}
-
-void RandomClient::execution() {
-  Object* graph = pick(kGraph);
-  if (graph == nullptr) return graphCreation();
-  const std::vector<std::uint32_t> ids = idsOf(graph);
-  const auto tensor = [&] { return records_.tensor(ids); };
-  Kiv_Tensor_t* inputs = nullptr;
-  Kiv_Tensor_t* outputs = nullptr;
-  const std::uint32_t numInputs = records_.array(inputs, 3, tensor);
-  const std::uint32_t numOutputs = records_.array(outputs, 3, tensor);
-  note("graphExecute",
-       api_.graphExecute(handleOf(graph, kGraph), inputs, numInputs, outputs,
-                         numOutputs, optional(kProfile), nullptr));
-}
-
-void RandomClient::tensorCreation() {
-  const bool inGraph = !source_.oneIn(3);
-  Object* owner = pick(inGraph ? kGraph : kContext);
-  if (owner == nullptr) return graphCreation();
-  Kiv_Tensor_t tensor = records_.tensor({});
-  void* handle = handleOf(owner, inGraph ? kGraph : kContext);
-  Kiv_Tensor_t* argument = orNull(&tensor);
-  const bool created =
-      inGraph ? note("tensorCreateGraphTensor",
-                     api_.tensorCreateGraphTensor(handle, argument))
-              : note("tensorCreateContextTensor",
-                     api_.tensorCreateContextTensor(handle, argument));
-  if (created) owner->ids.push_back(tensor.v1.id);
+std::span<const RandomClient::Call> RandomClient::fairCalls() {
+  static constexpr Call kCalls[] = {
+      {kNone, kNone, KIV_CALL(propertyHasCapability, r.border())},
+      {kNone, kBackend,
+       KIV_CALL(backendCreate, nullptr, r.configs(), c.newHandle())},
+      {kBackend, kNone, KIV_CALL(backendSetConfig, handle, r.configs())},
+      {kBackend, kNone,
+       KIV_CALL(backendRegisterOpPackage, handle, r.anyText(), r.anyText(),
+                r.anyText())},
+      {kBackend, kNone,
+       KIV_CALL(backendGetSupportedOperations, handle, c.wanted(), c.wanted())},
+      {kBackend, kNone,
+       KIV_CALL(backendValidateOpConfig, handle, r.make<Kiv_OpConfig_t>())},
+      {kBackend, kNone, KIV_CALL(backendFree, handle), true},
+      {kNone, kDevice,
+       KIV_CALL(deviceCreate, nullptr, r.configs(), c.newHandle())},
+      {kDevice, kNone, KIV_CALL(deviceSetConfig, handle, r.configs())},
+      {kDevice, kNone, KIV_CALL(deviceGetInfo, handle, c.wanted())},
+      {kNone, kNone, KIV_CALL(deviceGetPlatformInfo, nullptr, c.wanted())},
+      {kNone, kNone, KIV_CALL(deviceGetInfrastructure, c.wanted())},
+      {kDevice, kNone, KIV_CALL(deviceFree, handle), true},
+      {kNone, kProfile,
+       KIV_CALL(profileCreate, c.optional(kBackend), r.border(),
+                c.newHandle())},
+      {kProfile, kNone, KIV_CALL(profileSetConfig, handle, r.configs())},
+      {kProfile, kNone,
+       KIV_CALL(profileGetEvents, handle, c.wanted(), c.wanted())},
+      {kNone, kNone,
+       KIV_CALL(profileGetSubEvents, r.make<uint64_t>(), c.wanted(),
+                c.wanted())},
+      {kNone, kNone,
+       KIV_CALL(profileGetEventData, r.make<uint64_t>(), c.wanted())},
+      {kNone, kNone,
+       KIV_CALL(profileGetExtendedEventData, r.make<uint64_t>(), c.wanted())},
+      {kProfile, kNone, KIV_CALL(profileFree, handle), true},
+      {kNone, kContext,
+       KIV_CALL(contextCreate, c.optional(kBackend), c.optional(kDevice),
+                r.configs(), c.newHandle())},
+      {kData, kNone,
+       KIV_CALL(contextValidateBinary, c.optional(kBackend),
+                c.optional(kDevice), r.configs(), c.binary(),
+                c.binary_.size())},
+      {kData, kContext,
+       KIV_CALL(contextCreateFromBinary, c.optional(kBackend),
+                c.optional(kDevice), r.configs(), c.binary(), c.binary_.size(),
+                c.newHandle(), c.optional(kProfile))},
+      {kData, kContext,
+       KIV_CALL(contextCreateFromBinaryWithSignal, c.optional(kBackend),
+                c.optional(kDevice), r.configs(), c.binary(), c.binary_.size(),
+                c.newHandle(), c.optional(kProfile), nullptr)},
+      {kContext, kNone, KIV_CALL(contextSetConfig, handle, r.configs())},
+      {kContext, kNone, KIV_CALL(contextGetBinarySize, handle, c.wanted())},
+      {kContext, kNone, "contextGetBinary",
+       [](RandomClient& c, Object*, void* handle) {
+         const std::uint32_t room = c.source_.below(64);
+         Kiv_ContextBinarySize_t size = 0;
+         return c.api_.contextGetBinary(
+             handle, c.orNull(c.records_.bytes(room)), room, c.orNull(&size));
+       }},
+      {kContext, kNone, KIV_CALL(contextFree, handle, c.optional(kProfile)),
+       true},
+      {kGraph, kNone, KIV_CALL(graphSetConfig, handle, r.configs())},
+      {kGraph, kNone,
+       KIV_CALL(graphFinalize, handle, c.optional(kProfile), nullptr)},
+      {kContext, kGraph,
+       KIV_CALL(graphCreate, handle, c.graphName(o, true), r.configs(),
+                c.newHandle())},
+      {kGraph, kGraph,
+       KIV_CALL(graphCreateSubgraph, handle, c.graphName(o, true),
+                c.newHandle())},
+      {kContext, kGraph,
+       KIV_CALL(graphRetrieve, handle, c.graphName(o, false), c.newHandle())},
+      {kGraph, kNone, KIV_CALL(graphAddNode, handle, r.make<Kiv_OpConfig_t>())},
+      {kGraph, kNone, "graphExecute",
+       [](RandomClient& c, Object*, void* handle) {
+         Kiv_Tensor_t* inputs = nullptr;
+         Kiv_Tensor_t* outputs = nullptr;
+         const std::uint32_t numInputs = c.records_.array(inputs, 3);
+         const std::uint32_t numOutputs = c.records_.array(outputs, 3);
+         return c.api_.graphExecute(handle, inputs, numInputs, outputs,
+                                    numOutputs, c.optional(kProfile), nullptr);
+       }},
+      {kContext, kData,
+       KIV_CALL(tensorCreateContextTensor, handle, c.newTensor())},
+      {kGraph, kData, KIV_CALL(tensorCreateGraphTensor, handle, c.newTensor())},
+  };
+  return kCalls;
 }
 
 // Slots that are not offered read nothing, or the first word of a record.
-void RandomClient::otherCalls() {
-  if (!hostile_) return;
-  void* handle = handleOf(pick(kGraph), kGraph);
-  std::uint32_t word = records_.border();
-  auto* descriptor = reinterpret_cast<KivGraph_EnvironmentDescriptor_t*>(&word);
-  const KivGraph_EnvironmentDescriptor_t* descriptors[] = {orNull(descriptor)};
-  auto* property = orNull(reinterpret_cast<KivGraph_Property_t*>(&word));
-  Kiv_ApiVersion_t version{};
-  const char* text = nullptr;
-  switch (source_.below(11)) {
-    case 0:
-      api_.graphPrepareEnvironment(handle, orNull(&descriptors[0]),
-                                   records_.border() == 0 ? 0 : 1);
-      break;
-    case 1:
-      api_.graphGetProperty(handle, orNull(&property));
-      break;
-    case 2:
-      api_.backendGetApiVersion(orNull(&version));
-      break;
-    case 3:
-      api_.backendGetBuildId(orNull(&text));
-      break;
-    case 4:
-      api_.graphExecuteAsync(handle, trap<Kiv_Tensor_t*>(), word,
-                             trap<Kiv_Tensor_t*>(), word, handle, handle,
-                             nullptr, trap<void*>());
-      break;
-    case 5:
-      api_.memRegister(handle, trap<KivMem_Descriptor_t*>(), word,
-                       trap<Kiv_MemHandle_t*>());
-      break;
-    case 6:
-      api_.signalCreate(handle, trap<const KivSignal_Config_t**>(),
-                        trap<Kiv_SignalHandle_t*>());
-      break;
-    case 7:
-      api_.errorGetMessage(word, trap<const char**>());
-      break;
-    case 8:
-      api_.errorFreeLongMessage(trap<const char*>());
-      break;
-    case 9:
-      api_.deviceFreePlatformInfo(handle,
-                                  trap<const KivDevice_PlatformInfo_t*>());
-      break;
-    default:
-      api_.laterOperation56(trap<void*>(), trap<void*>());
-  }
+std::span<const RandomClient::Call> RandomClient::hostileCalls() {
+  static constexpr Call kCalls[] = {
+      {kNone, kNone, KIV_CALL(backendGetApiVersion, c.wanted())},
+      {kNone, kNone, KIV_CALL(backendGetBuildId, c.wanted())},
+      {kGraph, kNone,
+       KIV_CALL(graphPrepareEnvironment, handle,
+                c.words<const KivGraph_EnvironmentDescriptor_t>(),
+                c.source_.below(2))},
+      {kGraph, kNone,
+       KIV_CALL(graphGetProperty, handle, c.words<KivGraph_Property_t>())},
+      {kGraph, kNone,
+       KIV_CALL(graphExecuteAsync, handle, kTrap, 1, kTrap, 1, handle, handle,
+                nullptr, kTrap)},
+      {kContext, kNone, KIV_CALL(memRegister, handle, kTrap, 1, kTrap)},
+      {kBackend, kNone, KIV_CALL(signalCreate, handle, kTrap, kTrap)},
+      {kNone, kNone, KIV_CALL(errorGetMessage, r.border(), kTrap)},
+      {kNone, kNone, KIV_CALL(errorFreeLongMessage, kTrap)},
+      {kNone, kNone, KIV_CALL(deviceFreePlatformInfo, nullptr, kTrap)},
+      {kGraph, kNone, KIV_CALL(laterOperation56, handle, kTrap)},
+  };
+  return kCalls;
+}
+
+// Half of the calls are of those at the table's end.
+void RandomClient::step() {
+  const std::span<const Call> calls = fairCalls();
+  if (hostile_ && source_.oneIn(12)) return make(source_.oneOf(hostileCalls()));
+  make(source_.oneOf(source_.oneIn(2) ? calls.last(7) : calls));
+}
+
+// A recorder has no binary to give; its size and bytes are recorded all the
+// same. Tensors are new when they are created, and refer to others later.
+void RandomClient::make(const Call& call) {
+  Object* object = pick(call.with);
+  const bool needsObject = call.with != kNone && call.with != kData;
+  if (needsObject && object == nullptr)
+    return make(*std::ranges::find(fairCalls(), call.with, &Call::creates));
+  if (call.with == kData) binary_ = randomBinary(source_, records_);
+  records_.setIds(call.creates == kData ? Ids() : idsOf(object));
+  if (call.creates == kData) tensor_ = records_.make<Kiv_Tensor_t>();
+  const auto code = call.make(*this, object, handleOf(object));
+  if (code != KIV_SUCCESS && code != KIV_BACKEND_ERROR_NOTHING_TO_REPORT)
+    failures_.push_back(call.name + (": " + std::to_string(code)));
+  if (code != KIV_SUCCESS) return;
+  if (call.frees) object->isFreed = true;
+  if (call.creates == kData)
+    object->ids.push_back(tensor_.v1.id);
+  else if (call.creates != kNone)
+    objects_.push_back({call.creates, created_, object});
+}
+
+RandomClient::Object* RandomClient::pick(Kind kind) {
+  std::vector<Object*> candidates;
+  for (Object& object : objects_)
+    if (object.kind == kind && (hostile_ || isThere(&object)))
+      candidates.push_back(&object);
+  return candidates.empty() ? nullptr : source_.oneOf(candidates);
+}
+
+void* RandomClient::handleOf(const Object* object) {
+  const std::uint32_t choice = hostile_ ? source_.below(24) : 0;
+  if (choice == 1) return nullptr;
+  if (choice == 2) return source_.number<void*>();
+  if (choice == 3)
+    return reinterpret_cast<void*>(std::uintptr_t{source_.below(8)});
+  if (choice == 4) object = pick(static_cast<Kind>(1 + source_.below(5)));
+  return object == nullptr ? nullptr : object->handle;
+}
+
+void* RandomClient::optional(Kind kind) {
+  return source_.oneIn(3) ? nullptr : handleOf(pick(kind));
+}
+
+const char* RandomClient::graphName(Object* owner, bool isNew) {
+  while (owner->owner != nullptr) owner = owner->owner;
+  const bool isKnown = !names_.empty() && source_.oneIn(4);
+  std::string name = isKnown ? source_.oneOf(names_) : records_.text();
+  while (isNew && !hostile_ && owner->graphNames.contains(name)) name += '_';
+  owner->graphNames.insert(name);
+  names_.push_back(name);
+  return orNull(records_.keep(name));
 }
 
 }  // namespace kiv::test

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
+#include <deque>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,68 +18,92 @@ namespace kiv::test {
 class RandomClient {
  public:
   enum class Manner { kFair, kHostile };
+  // The last one is a binary that a call takes, or a tensor that it creates.
+  enum Kind { kNone, kBackend, kDevice, kContext, kGraph, kProfile, kData };
+
+  struct Object {
+    Kind kind = kNone;
+    void* handle = nullptr;
+    // What a graph was made in: its context or another graph.
+    Object* owner = nullptr;
+    bool isFreed = false;
+    // Of the tensors in it.
+    std::vector<std::uint32_t> ids = {};
+    std::set<std::string> graphNames = {};
+  };
+
+  // Made with an object of a kind and its handle, or with none.
+  struct Call {
+    Kind with;
+    Kind creates;
+    const char* name;
+    Kiv_ErrorHandle_t (*make)(RandomClient& client, Object* object,
+                              void* handle);
+    bool frees = false;
+  };
 
   RandomClient(const KivInterface_Implementation_t& api, Source& source,
-               Manner manner);
+               Manner manner)
+      : api_(api),
+        source_(source),
+        hostile_(manner == Manner::kHostile),
+        records_(source, hostile_) {}
 
-  // Makes calls until the source is empty.
-  void run();
-  // Makes one call, or none where a fair one is not possible.
+  // A fair client can make these.
+  static std::span<const Call> fairCalls();
+  // Makes one call, or the one that creates what another needs.
   void step();
   // The calls that failed.
   const std::vector<std::string>& failures() const { return failures_; }
 
  private:
-  enum Kind { kBackend, kDevice, kContext, kGraph, kProfile, kKinds };
+  static std::span<const Call> hostileCalls();
+  void make(const Call& call);
 
-  struct Object {
-    void* handle = nullptr;
-    bool isFreed = false;
-    // The context of a graph, and where its tensors are looked up next.
-    const Object* context = nullptr;
-    const Object* outer = nullptr;
-    std::vector<std::uint32_t> ids;
-    std::set<std::string> graphNames;
-  };
-
-  // An object that is there; null when there is none.
+  // An object that is there, or was if the client is hostile; null if none is.
   Object* pick(Kind kind);
   // The object's handle, or whatever a hostile client takes for one.
-  void* handleOf(const Object* object, Kind kind);
+  void* handleOf(const Object* object);
   void* optional(Kind kind);
-  template <typename Out>
-  Out* orNull(Out* out) {
-    return hostile_ && source_.oneIn(16) ? nullptr : out;
+  // Null where that is wrong.
+  template <typename Pointer>
+  Pointer* orNull(Pointer* pointer) {
+    return hostile_ && source_.oneIn(16) ? nullptr : pointer;
   }
-  template <typename Out>
-  Out* wanted(Out* out) {
-    return source_.oneIn(4) ? nullptr : out;
+  // Room for a result of the type that is asked for; null where that is right.
+  struct Room {
+    RandomClient& client;
+    template <typename Result>
+    operator Result*() const {
+      if (client.source_.oneIn(4)) return nullptr;
+      return client.records_.keep(Result{});
+    }
+  };
+  Room wanted() { return {*this}; }
+  // A list of one record that has but its first word.
+  template <typename Record>
+  Record** words() {
+    std::uint32_t* word = records_.keep(records_.border());
+    return orNull(records_.keep(orNull(reinterpret_cast<Record*>(word))));
   }
-  Object* add(Kind kind, void* handle);
-  void release(Object* object, Kind kind);
-  static std::vector<std::uint32_t> idsOf(const Object* object);
-
-  bool note(const char* function, Kiv_ErrorHandle_t code);
-  void backendCalls();
-  void deviceCalls();
-  void profileCalls();
-  void eventCalls();
-  void contextCreation();
-  void contextCalls();
-  void graphCreation();
-  void graphCalls();
-  void execution();
-  void tensorCreation();
-  void otherCalls();
+  const void* binary() { return orNull(binary_.data()); }
+  void** newHandle() { return orNull(&created_); }
+  Kiv_Tensor_t* newTensor() { return orNull(&tensor_); }
+  // One of the names that there are, or another; a fair client's new ones are
+  // new in the owner's context.
+  const char* graphName(Object* owner, bool isNew);
 
   const KivInterface_Implementation_t& api_;
   Source& source_;
   const bool hostile_;
   RandomRecords records_;
-  std::array<std::vector<Object*>, kKinds> objects_;
-  std::vector<std::unique_ptr<Object>> memory_;
-  std::vector<const char*> names_;
+  std::deque<Object> objects_;
+  std::vector<std::string> names_;
   std::vector<std::string> failures_;
+  // What the call at hand takes and creates.
+  std::span<const std::uint8_t> binary_;
+  void* created_ = nullptr;
+  Kiv_Tensor_t tensor_{};
 };
 
 }  // namespace kiv::test

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <span>
 
 namespace kiv::test {
@@ -29,6 +30,11 @@ class Source {
     return number<std::uint8_t>() % limit;
   }
   bool oneIn(std::uint32_t limit) { return below(limit) == limit - 1; }
+  // Of the first 256 values.
+  template <typename Values>
+  const auto& oneOf(const Values& values) {
+    return std::data(values)[below(256) % std::size(values)];
+  }
 
  private:
   std::span<const std::uint8_t> rest_;
