@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "output/identifiers.h"
+#include "platform/files.h"
 
 namespace kiv::output {
 namespace {
@@ -18,7 +19,7 @@ struct CloseFile {
 void visitIdentifiers(const std::string& path,
                       const IdentifierVisitor& visitor) {
   const std::unique_ptr<std::FILE, CloseFile> file(
-      std::fopen(path.c_str(), "rb"));
+      platform::openForReading(path));
   if (file == nullptr) return;
   constexpr std::size_t kBlockSize = 1 << 16;
   const auto block = std::make_unique<std::array<char, kBlockSize>>();

@@ -10,10 +10,17 @@ namespace kiv::platform {
 enum class OpenMode { kTruncate, kAppend };
 
 // Opens a file for writing without a buffer, so that what was written is with
-// the system and what could not be written leaves nothing behind. Other
-// processes may read and write the file meanwhile. Null on failure, also when
-// another process has it open by this function, on systems that can tell.
+// the system and what could not be written leaves nothing behind. Others may
+// read and write the file meanwhile. Null on failure, also when the file has
+// been opened by this function and not been closed, in whichever process.
 std::FILE* openForWriting(const std::string& path, OpenMode mode);
+
+// Closes a file and lets others have it; false if that fails. The stream is
+// gone in either case.
+bool closeFile(std::FILE* stream);
+
+// Null on failure, and for what is no file with an end: a device or a pipe.
+std::FILE* openForReading(const std::string& path);
 
 // The size in bytes of an open file.
 std::optional<std::uint64_t> fileSize(std::FILE* stream);

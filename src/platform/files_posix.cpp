@@ -19,20 +19,29 @@ std::string withoutTrailingSlashes(std::string path) {
   return path;
 }
 
-// Whether another process records into the file. The lock goes with the process
-// and is not inherited; a file system without locks has none to hold.
-bool isHeldByAnother(int descriptor) {
+// Takes or gives back the whole file. The lock is that of the open file: unlike
+// one of the process it is not lost when the client opens and closes its own
+// recording, and it holds between two libraries of one process.
+bool setLock(int descriptor, short type) {
   struct flock lock {};
-  lock.l_type = F_WRLCK;
-  return ::fcntl(descriptor, F_SETLK, &lock) != 0 &&
+  lock.l_type = type;
+  return ::fcntl(descriptor, F_OFD_SETLK, &lock) == 0;
+}
+
+bool isRegularFile(int descriptor) {
+  struct stat info {};
+  return ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
+}
+
+// A device is for all, and a file system without locks has none to hold.
+bool isHeldByAnother(int descriptor) {
+  return isRegularFile(descriptor) && !setLock(descriptor, F_WRLCK) &&
          (errno == EACCES || errno == EAGAIN);
 }
 
 // Devices and pipes have nothing to be cut.
 bool makeEmpty(int descriptor) {
-  struct stat info {};
-  return ::fstat(descriptor, &info) == 0 &&
-         (!S_ISREG(info.st_mode) || ::ftruncate(descriptor, 0) == 0);
+  return !isRegularFile(descriptor) || ::ftruncate(descriptor, 0) == 0;
 }
 
 }  // namespace
@@ -53,6 +62,22 @@ std::FILE* openForWriting(const std::string& path, OpenMode mode) {
     return nullptr;
   }
   std::setvbuf(stream, nullptr, _IONBF, 0);
+  return stream;
+}
+
+// A forked child shares the lock, and would keep it.
+bool closeFile(std::FILE* stream) {
+  setLock(::fileno(stream), F_UNLCK);
+  return std::fclose(stream) == 0;
+}
+
+std::FILE* openForReading(const std::string& path) {
+  const int descriptor =
+      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return nullptr;
+  std::FILE* stream =
+      isRegularFile(descriptor) ? ::fdopen(descriptor, "rb") : nullptr;
+  if (stream == nullptr) ::close(descriptor);
   return stream;
 }
 

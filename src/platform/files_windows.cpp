@@ -16,13 +16,46 @@ std::string withoutTrailingSlashes(std::string path) {
   return path;
 }
 
+HANDLE handleOf(std::FILE* stream) {
+  return reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
+}
+
+// Where no byte will ever be: others may read and write those that there are.
+// The lock goes with the file's handle.
+bool lock(std::FILE* stream) {
+  constexpr DWORD kFarOff = 0x40000000;
+  OVERLAPPED range{};
+  range.OffsetHigh = kFarOff;
+  return ::LockFileEx(handleOf(stream),
+                      LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1,
+                      0, &range) != 0 ||
+         ::GetLastError() != ERROR_LOCK_VIOLATION;
+}
+
 }  // namespace
 
+// The mode "wb" would empty a file that belongs to another process.
 std::FILE* openForWriting(const std::string& path, OpenMode mode) {
-  std::FILE* stream = ::_fsopen(
-      path.c_str(), mode == OpenMode::kAppend ? "ab" : "wb", _SH_DENYNO);
-  if (stream != nullptr) std::setvbuf(stream, nullptr, _IONBF, 0);
+  std::FILE* stream = ::_fsopen(path.c_str(), "ab", _SH_DENYNO);
+  if (stream == nullptr) return nullptr;
+  if (!lock(stream) ||
+      (mode == OpenMode::kTruncate && fileSize(stream).value_or(0) != 0 &&
+       !truncateFile(stream, 0))) {
+    std::fclose(stream);
+    return nullptr;
+  }
+  std::setvbuf(stream, nullptr, _IONBF, 0);
   return stream;
+}
+
+bool closeFile(std::FILE* stream) { return std::fclose(stream) == 0; }
+
+std::FILE* openForReading(const std::string& path) {
+  std::FILE* stream = ::_fsopen(path.c_str(), "rb", _SH_DENYNO);
+  if (stream == nullptr) return nullptr;
+  if (::GetFileType(handleOf(stream)) == FILE_TYPE_DISK) return stream;
+  std::fclose(stream);
+  return nullptr;
 }
 
 std::optional<std::uint64_t> fileSize(std::FILE* stream) {

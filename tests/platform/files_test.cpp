@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <memory>
 
 #include "support/files.h"
@@ -41,13 +42,21 @@ TEST_F(Files, BytesAreThereAtOnceAsTheyWereWritten) {
   EXPECT_EQ(fileSize(stream.get()), 10U);
 }
 
-TEST_F(Files, OthersMayOpenTheFileMeanwhile) {
-  const Stream first = open(OpenMode::kTruncate);
+TEST_F(Files, OneRecorderHasTheFileAndOthersMayUseIt) {
+  test::writeFile(path("file"), "earlier");
+  Stream first = open(OpenMode::kTruncate);
+  write(first, "first ");
+  EXPECT_NE(Stream(openForReading(path("file"))), nullptr);
+  EXPECT_TRUE(std::ofstream(path("file"), std::ios::app).is_open());
+  for (const OpenMode mode : {OpenMode::kTruncate, OpenMode::kAppend})
+    EXPECT_EQ(open(mode), nullptr);
+  EXPECT_EQ(content(), "first ");
+  EXPECT_TRUE(closeFile(first.release()));
   const Stream second = open(OpenMode::kAppend);
   ASSERT_NE(second, nullptr);
-  write(first, "first ");
   write(second, "second");
   EXPECT_EQ(content(), "first second");
+  EXPECT_EQ(openForReading(path("missing")), nullptr);
 }
 
 TEST_F(Files, WritingGoesOnWhereAFileWasCut) {
