@@ -1,5 +1,6 @@
 #include "output/output_stream.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kiv::output {
@@ -50,7 +51,19 @@ std::optional<std::size_t> OutputStream::write(const void* elements,
     return std::nullopt;
   }
   if (count == 0 || elementSize == 0) return count;
-  return std::fwrite(elements, elementSize, count, stream_);
+  // There are systems that take less than 2 GiB at once.
+  constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+  const auto* bytes = static_cast<const char*>(elements);
+  std::size_t written = 0;
+  while (written < count) {
+    const std::size_t wanted =
+        std::min(count - written, kMostBytes / elementSize);
+    const std::size_t now = std::fwrite(bytes + written * elementSize,
+                                        elementSize, wanted, stream_);
+    written += now;
+    if (now < wanted) break;
+  }
+  return written;
 }
 
 bool OutputStream::flush() {
@@ -61,7 +74,7 @@ bool OutputStream::flush() {
 bool OutputStream::close() {
   if (stream_ == nullptr) return failed("Could not close file, FILE* is NULL");
   // The stream is gone even when closing it fails.
-  if (std::fclose(std::exchange(stream_, nullptr)) == 0) return true;
+  if (platform::closeFile(std::exchange(stream_, nullptr))) return true;
   return failed("Failed to close the file");
 }
 
