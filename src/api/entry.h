@@ -5,6 +5,7 @@
 
 #include "KivCommon.h"
 #include "diagnostics/failure.h"
+#include "platform/process.h"
 #include "session/session.h"
 
 namespace kiv::api {
@@ -21,6 +22,7 @@ constexpr Kiv_ErrorHandle_t toCode(Status status) {
 // API.
 template <typename Body>
 Kiv_ErrorHandle_t guarded(Body&& body) noexcept {
+  const platform::CancellationDelay delay;
   try {
     return toCode(body());
   } catch (...) {

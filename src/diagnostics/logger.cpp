@@ -15,7 +15,12 @@ namespace {
 class Slot {
  public:
   constexpr Slot() = default;
-  ~Slot() { logger_.reset(); }
+  // Other threads may be logging.
+  ~Slot() {
+    std::shared_ptr<Logger> last;
+    const std::lock_guard lock(lock_);
+    last.swap(logger_);
+  }
 
   std::shared_ptr<Logger> get() {
     const std::lock_guard lock(lock_);

@@ -1,3 +1,4 @@
+#include <pthread.h>
 #include <unistd.h>
 
 #include "platform/process.h"
@@ -23,6 +24,14 @@ bool callAtEnd(void (*action)()) {
   };
   static const Caller caller{action};
   return true;
+}
+
+CancellationDelay::CancellationDelay() {
+  ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
+}
+
+CancellationDelay::~CancellationDelay() {
+  ::pthread_setcancelstate(before_, nullptr);
 }
 
 std::uint32_t threadNumber() { return number; }

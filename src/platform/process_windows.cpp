@@ -39,6 +39,10 @@ bool isLastThreadOfProcess() { return ::RtlDllShutdownInProgress() != 0; }
 // Not a local static variable, for the reason that Slot has.
 bool callAtEnd(void (*action)()) { return std::atexit(action) == 0; }
 
+// The system has no cancellation.
+CancellationDelay::CancellationDelay() = default;
+CancellationDelay::~CancellationDelay() = default;
+
 std::uint32_t threadNumber() {
   return static_cast<std::uint32_t>(
       reinterpret_cast<std::uintptr_t>(slot.value()));

@@ -309,12 +309,18 @@ TEST(Threads, TheLastOfTwoReferencesEndsTheRecording) {
   EXPECT_EQ(replay(saver.directory()).size(), 100U);
 }
 
-// A client ends while its threads go on calling.
+// A client ends while its threads go on calling, and one logs.
 TEST(Threads, ExitInTheMidstOfCallsOfOtherThreadsEndsTheRecording) {
   constexpr int kCallers = kFewerRuns ? 16 : 64;
   const SaverLibrary saver;
   EXPECT_EQ(inChild([&] {
               static std::atomic<int> calls = 0;
+              saver.api().logCreate(
+                  [](const char*, KivLog_Level_t, uint64_t, va_list) {},
+                  KIV_LOG_LEVEL_ERROR, nullptr);
+              std::thread([&api = saver.api()] {
+                for (;;) api.backendCreate(nullptr, nullptr, nullptr);
+              }).detach();
               for (int i = 0; i < kCallers; ++i) {
                 std::thread([&api = saver.api()] {
                   for (;;) {
@@ -332,6 +338,30 @@ TEST(Threads, ExitInTheMidstOfCallsOfOtherThreadsEndsTheRecording) {
   EXPECT_EQ(countOf(text, "fclose(fp)"), 1U);
   EXPECT_EQ(replay(saver.directory()).size(),
             countOf(text, "propertyHasCapability("));
+}
+
+// Threads that are cancelled finish the call that they are in.
+TEST(Threads, CancelledThreadsLeaveCallsWhole) {
+  SaverLibrary saver;
+  const auto call = [](void* api) -> void* {
+    for (;; pthread_testcancel())
+      static_cast<const Api*>(api)->propertyHasCapability(1);
+  };
+  for (int i = 0; i < 10; ++i) {
+    pthread_t thread{};
+    const auto before = saver.modelText().size();
+    ASSERT_EQ(
+        pthread_create(&thread, nullptr, call, const_cast<Api*>(&saver.api())),
+        0);
+    while (saver.modelText().size() == before) std::this_thread::yield();
+    EXPECT_EQ(pthread_cancel(thread), 0);
+    void* result = nullptr;
+    EXPECT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
+  }
+  saver.unload();
+  EXPECT_EQ(replay(saver.directory()).size(),
+            countOf(saver.modelText(), "propertyHasCapability("));
 }
 
 }  // namespace
