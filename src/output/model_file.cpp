@@ -33,7 +33,7 @@ bool ModelFile::writeHeader(std::span<const std::string_view> includes,
                             std::string_view dataFileName,
                             std::string_view timeStamp) {
   return !writeHeader_ ||
-         writeString(programHeader(includes, dataFileName, timeStamp));
+         writeFrame(programHeader(includes, dataFileName, timeStamp));
 }
 
 bool ModelFile::writeString(std::string_view text) {
@@ -48,12 +48,15 @@ bool ModelFile::writeString(std::string_view text) {
   return stream_.flush();
 }
 
-// Part of a footer would spoil what is written behind it. A file that holds
-// part of a call gets none: it can be ended, but is no program.
+// A file that holds part of a call gets none: it can be ended, but is no
+// program.
 bool ModelFile::writeFooter() {
-  if (!writeFooter_ || stream_.isDamaged()) return true;
+  return !writeFooter_ || stream_.isDamaged() || writeFrame(programFooter());
+}
+
+bool ModelFile::writeFrame(std::string_view text) {
   const auto mark = stream_.mark();
-  if (writeString(programFooter())) return true;
+  if (writeString(text)) return true;
   if (mark) stream_.restore(*mark);
   return false;
 }

@@ -33,6 +33,9 @@ class ModelFile {
   OutputStream& stream() { return stream_; }
 
  private:
+  // Part of a frame would spoil what is written behind it.
+  bool writeFrame(std::string_view text);
+
   OutputStream stream_;
   std::string directory_;
   std::string fileName_;

@@ -36,8 +36,13 @@ std::string pathOf(const OutputSettings& settings, const std::string& file) {
 }
 
 bool sharesAFile(const OutputSettings& a, const OutputSettings& b) {
-  return pathOf(a, a.modelFileName) == pathOf(b, b.modelFileName) ||
-         pathOf(a, a.dataFileName) == pathOf(b, b.dataFileName);
+  const std::string model = pathOf(b, b.modelFileName);
+  const std::string data = pathOf(b, b.dataFileName);
+  for (const std::string& name : {a.modelFileName, a.dataFileName}) {
+    const std::string path = pathOf(a, name);
+    if (path == model || path == data) return true;
+  }
+  return false;
 }
 
 OutputSettings changed(OutputSettings settings, const OutputChanges& changes) {
@@ -98,8 +103,13 @@ Status OutputFiles::start() {
 
 bool OutputFiles::openBoth() {
   if (openModel() && writeHeader() && data_.open()) return true;
-  if (model_.isOpen()) model_.close();
+  closeBoth();
   return false;
+}
+
+void OutputFiles::closeBoth() {
+  if (model_.isOpen()) model_.close();
+  if (data_.isOpen()) data_.close();
 }
 
 // Opens the model file as the settings say, and makes the data file ready to be
@@ -137,26 +147,41 @@ void OutputFiles::adopt(OutputSettings settings) {
 
 // Ends the program being written and begins another one. A failure leaves the
 // files in the state reached; what is not open then needs no ending next time.
+// Files that the client has closed behind our back, and a model file that has
+// no header, would stand in the way of that, and are given up.
 Status OutputFiles::switchFiles(const OutputChanges& changes,
                                 Messages& messages) {
   const auto failed = [&messages](const char* message) {
     return messages.fail({Status::kBackendError, message});
   };
-  if (model_.isOpen() && !model_.writeFooter())
+  const bool hasWritten = model_.isOpen();
+  if (model_.isOpen() && !model_.writeFooter()) {
+    if (!model_.stream().mark()) closeBoth();
     return failed("Failure when writing model footer");
-  if (model_.isOpen() && !model_.close())
+  }
+  if (model_.isOpen() && !model_.close()) {
+    closeBoth();
     return failed("Failure when closing model file");
+  }
   if (data_.isOpen() && !data_.close())
     return failed("Failure when closing data file");
   OutputSettings next = changed(settings_, changes);
-  if (next.writeHeader && sharesAFile(settings_, next))
+  if (hasWritten && next.writeHeader && sharesAFile(settings_, next))
     messages.warn(kOverwriting);
   ++program_;
   adopt(std::move(next));
   if (!openModel()) return failed("Failure when opening model file");
-  if (!writeHeader()) return failed("Failure when writing model header");
+  if (!writeHeader()) {
+    closeBoth();
+    return failed("Failure when writing model header");
+  }
   if (!data_.open()) return failed("Failure when opening data file");
   return Status::kOk;
+}
+
+// The lock is never released: nothing may follow the footer.
+void OutputFiles::endBesideCalls() {
+  if (mutex_.try_lock() && model_.isOpen()) model_.writeFooter();
 }
 
 Status OutputFiles::append(const std::vector<DataRun>& runs,

@@ -76,6 +76,10 @@ class OutputFiles {
   Status append(const std::vector<DataRun>& runs, std::string_view text,
                 const WriteFailures& failures);
 
+  // Ends the recording for good while calls are under way that may never come
+  // to their end. Without a footer if one of them is writing.
+  void endBesideCalls();
+
   std::uint32_t backendId() const { return backendId_; }
 
   // Counts the programs written: 0 until the first switch of files.
@@ -85,6 +89,7 @@ class OutputFiles {
   class Access;
 
   bool openBoth();
+  void closeBoth();
   bool openModel();
   bool writeHeader();
   void adopt(OutputSettings settings);

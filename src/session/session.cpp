@@ -31,15 +31,20 @@ bool waitForOtherCalls() {
   return false;
 }
 
-// The session in storage that outlives it. It is left as it is, without a
-// footer, when it is still in use at the end, by a thread that hangs or was
-// killed, and in a forked child, whose files are its parent's.
+// The session in storage that outlives it. Its memory is left as it is when it
+// is still in use at the end, by a thread that hangs or was killed; all of it
+// is in a forked child, whose files are its parent's.
 class Holder {
  public:
   Holder() : owner_(platform::processId()), session_(new Session) {}
   ~Holder() {
     hasEnded = true;
-    if (session() != nullptr && waitForOtherCalls()) delete session_;
+    if (session() == nullptr) return;
+    if (waitForOtherCalls()) {
+      delete session_;
+    } else {
+      session_->files().endBesideCalls();
+    }
   }
   Holder(const Holder&) = delete;
   Holder& operator=(const Holder&) = delete;

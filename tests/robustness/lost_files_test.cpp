@@ -109,6 +109,41 @@ TEST(LostFiles, DirectoryIsRemovedWhileRecording) {
   EXPECT_EQ(replay(c.saver.directory()), Lines({"propertyHasCapability(1)"}));
 }
 
+// The same for a model file with something else in its place, which a switch
+// cannot have.
+TEST(LostFiles, ModelFileIsReplacedWhileRecording) {
+  Client c;
+  const fs::path model = c.saver.modelPath();
+  KivSaver_Config_t files{};
+  files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
+  files.fileConfig = {"saver_output.c", "params.bin"};
+  KivSaver_Config_t noHeader{};
+  noHeader.option = KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER;
+  for (const bool isPipe : {false, true}) {
+    SCOPED_TRACE(isPipe);
+    fs::remove(model);
+    if (isPipe) {
+      EXPECT_EQ(mkfifo(model.c_str(), 0600), 0);
+    } else {
+      fs::create_directory(model);
+    }
+    EXPECT_EQ(c.api.propertyHasCapability(1), 0U);
+    LogCapture log(c.api);
+    // It is read, to be continued.
+    EXPECT_EQ(c.saver.initialize({&files, &noHeader}), 4999U);
+    EXPECT_EQ(log.take(), Lines({"1: Could not open file: saver_output.c",
+                                 "1: Failure when opening model file"}));
+    EXPECT_EQ(c.api.propertyHasCapability(1), 1999U);
+    fs::remove(model);
+    noHeader.writeHeader = 1;
+    EXPECT_EQ(c.saver.initialize({&files, &noHeader}), 0U);
+    noHeader.writeHeader = 0;
+  }
+  EXPECT_EQ(c.api.propertyHasCapability(2), 0U);
+  c.saver.unload();
+  EXPECT_EQ(replay(c.saver.directory()), Lines({"propertyHasCapability(2)"}));
+}
+
 // Files that another process records into are not thrown away.
 TEST(LostFiles, SecondProcessIsKeptFromTheFilesOfTheFirst) {
   SaverLibrary saver;
@@ -119,6 +154,8 @@ TEST(LostFiles, SecondProcessIsKeptFromTheFilesOfTheFirst) {
   if (first == 0) {
     char signal = 0;
     const Code code = saver.api().propertyHasCapability(1);
+    // Looking at one's own recording does not give it away.
+    saver.modelText();
     if (write(done[1], "r", 1) != 1 || read(go[0], &signal, 1) != 1) _exit(9);
     std::exit(static_cast<int>(code + saver.api().propertyHasCapability(2)));
   }

@@ -183,6 +183,27 @@ TEST(Order, CallbackExitsInTheMidstOfAWrite) {
   }
 }
 
+// A call that never ends keeps the end waiting, but not forever.
+TEST(Order, ExitBesideACallThatHangs) {
+  const SaverLibrary saver;
+  EXPECT_EQ(inChild([&] {
+              saver.api().logCreate(callback, KIV_LOG_LEVEL_WARN, nullptr);
+              static std::atomic<bool> hangs = false;
+              onMessage = [] {
+                for (hangs = true;;) pause();
+              };
+              std::thread([&api = saver.api()] {
+                api.propertyHasCapability(1);
+                api.graphFinalize(nullptr, nullptr, nullptr);
+              }).detach();
+              while (!hangs) std::this_thread::yield();
+              return 5;
+            }),
+            5);
+  EXPECT_TRUE(hasOneFooter(saver.modelText()));
+  EXPECT_EQ(replay(saver.directory()), Lines({"propertyHasCapability(1)"}));
+}
+
 // A client that tidies up when something fails does it from here, too: after a
 // call that was refused, and after one that could not be written.
 TEST(Order, CallbackMakesRecordedCalls) {
@@ -228,9 +249,12 @@ TEST(Order, ClientClosesAllDescriptors) {
       EXPECT_EQ(saver.api().propertyHasCapability(1), 1999U);
       // The old files cannot be ended as they should.
       EXPECT_EQ(saver.initialize({&files, &footer}), 4999U);
-      saver.initialize({&files, &footer});
-      saver.api().propertyHasCapability(1);
+      EXPECT_EQ(saver.initialize({&files, &footer}), 0U);
+      EXPECT_EQ(saver.api().propertyHasCapability(2), 0U);
       EXPECT_TRUE(saver.unload());
+      const std::string text = readFile(saver.directory() / "a.c");
+      EXPECT_EQ(hasOneFooter(text), writeFooter);
+      EXPECT_NE(text.find("(KivProperty_Key_t)2"), std::string::npos);
     });
   }
 }

@@ -126,6 +126,26 @@ TEST_F(FullDiskTest, AFooterThatDoesNotFitIsUndone) {
   EXPECT_EQ(model(), header + std::string(programFooter()));
 }
 
+// Calls behind part of a header would make no program.
+TEST_F(FullDiskTest, AHeaderThatDoesNotFitTakesNoCalls) {
+  start(true);
+  const std::string whole = model() + std::string(programFooter());
+  OutputChanges changes;
+  changes.fileNames = {"b.c", std::string(250, 'b')};
+  changes.backendId = 4;
+  {
+    const FileSizeLimit limit(whole.size());
+    EXPECT_EQ(files_.configure(changes, true), Status::kBackendError);
+  }
+  EXPECT_EQ(log_.take().back(), "1: Failure when writing model header");
+  EXPECT_EQ(model(), whole);
+  EXPECT_EQ(append("first;\n", {}), kFailures.text);
+  EXPECT_EQ(readFile(out_ / "b.c"), "");
+  EXPECT_EQ(files_.configure(changes, true), Status::kOk);
+  EXPECT_EQ(append("first;\n", {}), Status::kOk);
+  EXPECT_TRUE(readFile(out_ / "b.c").ends_with("first;\n"));
+}
+
 // Whatever closing did, the stream is gone: nothing may touch it again.
 TEST_F(FullDiskTest, SurvivesAStreamThatCannotBeClosed) {
   DataFile file(out_.string(), "params.bin");
