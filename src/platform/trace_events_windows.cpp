@@ -4,6 +4,7 @@
 #include <evntprov.h>
 // clang-format on
 
+#include <array>
 #include <atomic>
 #include <bit>
 #include <cstring>
@@ -50,6 +51,7 @@ class Provider {
   ULONG registered() const { return registered_; }
   ULONG named() const { return named_; }
   ULONG unregister() {
+    enabledLevel_ = 0;
     return handle_ == 0 ? ERROR_INVALID_HANDLE
                         : ::EventUnregister(std::exchange(handle_, 0));
   }
@@ -61,16 +63,27 @@ class Provider {
   }
 
   ULONG write(const char* text) {
+    const EVENT_DESCRIPTOR event = describeEvent();
+    Data data = describeData(text);
+    return ::EventWriteTransfer(handle_, &event, nullptr, nullptr,
+                                static_cast<ULONG>(data.size()), data.data());
+  }
+
+  static EVENT_DESCRIPTOR describeEvent() {
     EVENT_DESCRIPTOR event{};
     event.Channel = trace_logging::kChannel;
     event.Level = trace_logging::kLevel;
-    EVENT_DATA_DESCRIPTOR data[3];
-    describe(data[0], providerMetadata_.data(), providerMetadata_.size(),
-             kProviderMetadata);
-    describe(data[1], eventMetadata_.data(), eventMetadata_.size(),
-             kEventMetadata);
-    describe(data[2], text, std::strlen(text) + 1, kPlainData);
-    return ::EventWriteTransfer(handle_, &event, nullptr, nullptr, 3, data);
+    return event;
+  }
+
+  // Pointers to the text and to metadata of this object.
+  using Data = std::array<EVENT_DATA_DESCRIPTOR, 3>;
+  Data describeData(const char* text) const {
+    return {
+        describe(kProviderMetadata, providerMetadata_.data(),
+                 providerMetadata_.size()),
+        describe(kEventMetadata, eventMetadata_.data(), eventMetadata_.size()),
+        describe(kPlainData, text, std::strlen(text) + 1)};
   }
 
   // Level 0 of a listener means every level. Of the further controls none
@@ -86,10 +99,12 @@ class Provider {
   }
 
  private:
-  static void describe(EVENT_DATA_DESCRIPTOR& descriptor, const void* bytes,
-                       std::size_t size, ULONG type) {
+  static EVENT_DATA_DESCRIPTOR describe(ULONG type, const void* bytes,
+                                        std::size_t size) {
+    EVENT_DATA_DESCRIPTOR descriptor{};
     ::EventDataDescCreate(&descriptor, bytes, static_cast<ULONG>(size));
     descriptor.Reserved = type;
+    return descriptor;
   }
 
   std::vector<std::uint8_t> providerMetadata_;

@@ -1,5 +1,3 @@
-#include "platform/process.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -10,11 +8,6 @@
 
 namespace kiv::platform {
 namespace {
-
-TEST(Process, LivesWithOtherThreads) {
-  EXPECT_FALSE(isLastThreadOfProcess());
-  EXPECT_EQ(processId(), processId());
-}
 
 TEST(Clock, CountsNanoseconds) {
   const std::uint64_t before = monotonicNanoseconds();

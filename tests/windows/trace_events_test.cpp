@@ -20,6 +20,27 @@ TEST(TraceEvents, TheSystemTakesTheProviderAndItsEvents) {
   EXPECT_NE(own.unregister(), ULONG{ERROR_SUCCESS});
 }
 
+TEST(TraceEvents, EventsAreInWireForm) {
+  const Provider own;
+  const EVENT_DESCRIPTOR event = Provider::describeEvent();
+  const std::array<std::uint8_t, 16> bytes = {0, 0, 0, 11, 5};
+  EXPECT_EQ(std::memcmp(&event, bytes.data(), sizeof(event)), 0);
+  const char* text = "text";
+  const auto data = own.describeData(text);
+  const auto contentOf = [](const EVENT_DATA_DESCRIPTOR& descriptor) {
+    const auto* start =
+        reinterpret_cast<const std::uint8_t*>(std::uintptr_t{descriptor.Ptr});
+    return std::vector<std::uint8_t>(start, start + descriptor.Size);
+  };
+  EXPECT_EQ(contentOf(data[0]), trace_logging::providerMetadata());
+  EXPECT_EQ(data[0].Reserved, 2U);
+  EXPECT_EQ(contentOf(data[1]), trace_logging::eventMetadata());
+  EXPECT_EQ(data[1].Reserved, 1U);
+  EXPECT_EQ(contentOf(data[2]),
+            (std::vector<std::uint8_t>{'t', 'e', 'x', 't', 0}));
+  EXPECT_EQ(data[2].Reserved, 0U);
+}
+
 TEST(TraceEvents, ListenersSwitchTheProviderOnAndOff) {
   constexpr ULONG kCaptureState = 2;
   Provider own;
@@ -33,6 +54,9 @@ TEST(TraceEvents, ListenersSwitchTheProviderOnAndOff) {
     EXPECT_FALSE(own.isEnabled());
   }
   control(own, 1, 4);
+  EXPECT_FALSE(own.isEnabled());
+  control(own, 1, 5);
+  own.unregister();
   EXPECT_FALSE(own.isEnabled());
 }
 
