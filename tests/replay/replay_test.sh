@@ -98,6 +98,17 @@ expect_status 0 cmake --build build
 expect_status 0 build/replay
 expect_output "$calls"
 
+# Bytes of more than the 2 GiB that a program usually reaches.
+big=''
+for i in 0 1 2; do
+  big="$big   static uint8_t big_$i[1ul << 30]; big_$i[0] = 1;"
+done
+sed "s/^   Kiv_BackendHandle_t backend_0;/$big\\
+&/" "$sample/saver_output.c" >"a recording/saver_output.c"
+expect_status 0 cmake --build build
+expect_status 0 build/replay
+expect_output "$calls"
+
 # Other names of the model file, and settings that cannot be.
 mkdir other empty
 cp "$sample/params.bin" other
