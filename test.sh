@@ -29,9 +29,10 @@ check_format() {
   fi
 }
 
-# Adds up the line "100% tests passed, 0 tests failed out of 20".
+# Adds up the line "100% tests passed, 0 tests failed out of 20", where skipped
+# tests count as passed.
 count_tests() { # OUTPUT PRESET
-  local summary total bad
+  local summary total bad skipped
   summary=$(sed -nE \
     's/^[0-9]+% tests passed, ([0-9]+) tests? failed out of ([0-9]+)$/\1 \2/p' \
     "$1")
@@ -40,9 +41,10 @@ count_tests() { # OUTPUT PRESET
     return
   fi
   read -r bad total <<<"$summary"
+  skipped=$(grep -cE '\*\*\*Skipped' "$1" || true)
   failed=$((failed + bad))
-  passed=$((passed + total - bad))
-  echo "$2: $((total - bad)) passed, $bad failed"
+  passed=$((passed + total - bad - skipped))
+  echo "$2: $((total - bad - skipped)) passed, $bad failed, $skipped skipped"
 }
 
 run_preset() { # PRESET

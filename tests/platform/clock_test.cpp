@@ -1,9 +1,10 @@
+#include "platform/clock.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <thread>
 
-#include "platform/clock.h"
 #include "platform/local_time.h"
 
 namespace kiv::platform {

@@ -17,13 +17,13 @@ for folder in */; do
     continue
   fi
   while IFS=: read -r file line text; do
-    target=$(sed -E 's|.*"([a-z]+)/.*|\1|' <<<"$text")
+    target=$(sed -E 's|.*"(\.\./)?([a-z]+)/.*|\2|' <<<"$text")
     if [ "${rank[$target]:--1}" -lt "${rank[$folder]}" ]; then
       echo "src/$file:$line: $folder must not include $target"
       status=1
     fi
-  done < <(grep -rnE '#include "[a-z]+/' "$folder" || true)
-  if [ "$folder" != platform ] && grep -rnE '^ *#(ifdef|ifndef|if) ' "$folder"; then
+  done < <(grep -rnE '# *include +"(\.\./)?[a-z]+/' "$folder" || true)
+  if [ "$folder" != platform ] && grep -rnE '^ *# *if' "$folder"; then
     echo "conditional code belongs into src/platform"
     status=1
   fi
