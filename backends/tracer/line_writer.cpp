@@ -19,8 +19,8 @@ std::uint64_t hashOf(const void* bytes, std::uint64_t count) {
 
 std::string hexOf(std::uint64_t value) {
   std::string digits(16, '0');
-  for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
-    *digit = kHexDigits[value & 15];
+  for (std::size_t i = digits.size(); i-- > 0;) {
+    digits[i] = kHexDigits[value & 15];
     value >>= 4;
   }
   return digits;

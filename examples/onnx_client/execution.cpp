@@ -101,6 +101,7 @@ void Execution::readInput(const std::string& path, Buffer& buffer) {
 
 std::vector<Kiv_Tensor_t> Execution::records(std::vector<Buffer>& buffers) {
   std::vector<Kiv_Tensor_t> records;
+  records.reserve(buffers.size());
   for (Buffer& buffer : buffers) {
     records.push_back(tensorRecord(*buffer.tensor, buffer.data));
   }

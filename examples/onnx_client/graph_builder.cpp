@@ -106,6 +106,7 @@ void GraphBuilder::buildSubgraphs(Node& node, Kiv_GraphHandle_t graph) {
 std::vector<Kiv_Tensor_t> GraphBuilder::tensorRecords(
     const std::vector<TensorIndex>& indices) {
   std::vector<Kiv_Tensor_t> records;
+  records.reserve(indices.size());
   for (const TensorIndex index : indices) {
     records.push_back(index == kAbsent ? absentRecord()
                                        : tensorRecord(network_.tensors[index]));

@@ -61,11 +61,12 @@ void applyRecordingOptions(const Library& library,
   if (configs.empty()) return;
   const KivSaver_InitializeFn_t initialize = library.saverInitialize();
   if (initialize == nullptr) {
-    notes.push_back(
+    notes.emplace_back(
         "the library does not record, recording options are without effect");
     return;
   }
   std::vector<const KivSaver_Config_t*> list;
+  list.reserve(configs.size() + 1);
   for (const KivSaver_Config_t& config : configs) list.push_back(&config);
   list.push_back(nullptr);
   call("KivSaver_initialize", initialize, list.data());

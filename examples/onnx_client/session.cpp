@@ -151,7 +151,7 @@ void Session::saveBinary(std::vector<std::string>& notes) {
       tryCall("contextGetBinary", api_.contextGetBinary, context_,
               buffer.data(), buffer.size(), &written);
   if (code == KIV_BACKEND_ERROR_NOTHING_TO_REPORT) {
-    notes.push_back("the library has no binary to save");
+    notes.emplace_back("the library has no binary to save");
     return;
   }
   if (code != KIV_SUCCESS) throwFailure("contextGetBinary", code);

@@ -138,11 +138,11 @@ OpenShapes settleShapes(onnx::ModelProto& model,
   collectOpen(graph.input(), open);
   collectOpen(graph.output(), open);
   if (closeInputs(graph)) {
-    notes.push_back(
+    notes.emplace_back(
         "sizes that the network's inputs leave open are taken as 1");
   }
   if (!inferShapes(model)) {
-    notes.push_back("not all shapes of the network could be inferred");
+    notes.emplace_back("not all shapes of the network could be inferred");
   }
   return open;
 }

@@ -106,7 +106,7 @@ void Session::backends() {
   note(api_.backendSetConfig(backend_, configs));
   note(api_.backendSetConfig(nullptr, nullptr));
   note(api_.propertyHasCapability(5));
-  note(api_.backendRegisterOpPackage(backend_, "ops\\\"mine\".so", "provider",
+  note(api_.backendRegisterOpPackage(backend_, R"(ops\"mine".so)", "provider",
                                      nullptr));
   uint32_t count = 0;
   const KivBackend_OperationName_t* operations = nullptr;

@@ -69,8 +69,8 @@ void* RandomRecords::bytes(std::size_t size) {
 }
 
 std::string RandomRecords::text() {
-  if (source_.oneIn(250)) return std::string(10000, 'x');
   std::string text;
+  if (source_.oneIn(250)) return text.assign(10000, 'x');
   for (auto i = source_.oneIn(2) ? source_.below(5) : 1; i > 0; --i)
     text += hostileOneIn(32) ? source_.oneOf(kUnsafePieces)
                              : source_.oneOf(pieces());
@@ -150,7 +150,7 @@ void RandomRecords::fill(Kiv_Tensor_t& tensor) {
   // Sizes and flags have one count.
   v1.rank = source_.below(6);
   if (!source_.oneIn(4))
-    v1.dimensions = static_cast<std::uint32_t*>(bytes(4 * v1.rank));
+    v1.dimensions = static_cast<std::uint32_t*>(bytes(4UL * v1.rank));
   if (source_.oneIn(4))
     v2.isDynamicDimensions = static_cast<std::uint8_t*>(bytes(v1.rank));
   else if (v1.dimensions == nullptr)

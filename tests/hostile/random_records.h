@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -84,10 +83,9 @@ class RandomRecords {
   template <typename Element>
   Element* keep(const Element* elements, std::size_t count) {
     const std::size_t size = count * sizeof(Element);
-    const std::shared_ptr<void> block(std::malloc(size), std::free);
-    if (size != 0) std::memcpy(block.get(), elements, size);
-    memory_.push_back(block);
-    return static_cast<Element*>(block.get());
+    char* block = memory_.emplace_back(new char[size]).get();
+    if (size != 0) std::memcpy(block, elements, size);
+    return reinterpret_cast<Element*>(block);
   }
   template <typename Element>
   Element* keep(const Element& element) {
@@ -197,7 +195,7 @@ class RandomRecords {
   Source& source_;
   const bool hostile_;
   std::vector<std::uint32_t> ids_;
-  std::vector<std::shared_ptr<void>> memory_;
+  std::vector<std::unique_ptr<char[]>> memory_;
 };
 
 }  // namespace kiv::test

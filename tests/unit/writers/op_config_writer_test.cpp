@@ -8,7 +8,6 @@ namespace kiv::writers::test {
 namespace {
 
 using kiv::test::emptyOpConfig;
-using kiv::test::emptyTensor;
 
 using OpConfigWriterTest = WriterTest;
 
