@@ -20,7 +20,7 @@ class Source {
   Number number() {
     Number result{};
     const std::size_t size = std::min(sizeof(result), rest_.size());
-    std::memcpy(&result, rest_.data(), size);
+    if (size != 0) std::memcpy(&result, rest_.data(), size);
     rest_ = rest_.subspan(size);
     return result;
   }
