@@ -26,7 +26,9 @@ typedef enum {
  * since the logger was created, and the format's arguments.
  *
  * The texts and the arguments are valid during the call only. The callback may
- * be called from any thread that uses the library, from several at once.
+ * be called from any thread that uses the library, from several at once. It may
+ * call the library, and may exit the process, but neither throw nor end its
+ * thread.
  */
 typedef void (*KivLog_Callback_t)(const char* format, KivLog_Level_t level,
                                   uint64_t timestamp, va_list arguments);
