@@ -10,7 +10,9 @@ ModelFile::ModelFile(std::string directory, std::string fileName)
     : directory_(std::move(directory)), fileName_(std::move(fileName)) {}
 
 ModelFile::~ModelFile() {
-  if (stream_.isOpen()) writeFooter();
+  if (!stream_.isOpen()) return;
+  writeFooter();
+  stream_.close();
 }
 
 void ModelFile::setLocation(std::string directory, std::string fileName) {

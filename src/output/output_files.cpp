@@ -1,5 +1,6 @@
 #include "output/output_files.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "output/program_frame.h"
@@ -26,8 +27,8 @@ class Undo {
 };
 
 constexpr const char* kOverwriting =
-    "The output files are switched to files of the recording just written, "
-    "which is thrown away";
+    "The output files are switched to files that this session has written, "
+    "what they hold is thrown away";
 
 std::string pathOf(const OutputSettings& settings, const std::string& file) {
   const bool slash =
@@ -35,14 +36,9 @@ std::string pathOf(const OutputSettings& settings, const std::string& file) {
   return settings.directory + (slash ? "/" : "") + file;
 }
 
-bool sharesAFile(const OutputSettings& a, const OutputSettings& b) {
-  const std::string model = pathOf(b, b.modelFileName);
-  const std::string data = pathOf(b, b.dataFileName);
-  for (const std::string& name : {a.modelFileName, a.dataFileName}) {
-    const std::string path = pathOf(a, name);
-    if (path == model || path == data) return true;
-  }
-  return false;
+std::set<std::string> filesOf(const OutputSettings& settings) {
+  return {pathOf(settings, settings.modelFileName),
+          pathOf(settings, settings.dataFileName)};
 }
 
 OutputSettings changed(OutputSettings settings, const OutputChanges& changes) {
@@ -120,9 +116,10 @@ bool OutputFiles::openModel() {
   model_.setFrame(settings_.writeHeader, settings_.writeFooter);
   data_.setLocation(settings_.directory, settings_.dataFileName);
   data_.setAppend(!settings_.writeHeader);
+  if (!model_.open()) return false;
   if (!settings_.writeHeader)
     visitIdentifiers(pathOf(settings_, settings_.modelFileName), onExisting_);
-  return model_.open();
+  return true;
 }
 
 bool OutputFiles::writeHeader() {
@@ -145,38 +142,55 @@ void OutputFiles::adopt(OutputSettings settings) {
   backendId_ = settings_.backendId;
 }
 
-// Ends the program being written and begins another one. A failure leaves the
-// files in the state reached; what is not open then needs no ending next time.
-// Files that the client has closed behind our back, and a model file that has
-// no header, would stand in the way of that, and are given up.
+// A failure leaves the files in the state reached; what is not open then needs
+// no ending next time.
 Status OutputFiles::switchFiles(const OutputChanges& changes,
                                 Messages& messages) {
-  const auto failed = [&messages](const char* message) {
-    return messages.fail({Status::kBackendError, message});
-  };
-  const bool hasWritten = model_.isOpen();
-  if (model_.isOpen() && !model_.writeFooter()) {
-    if (!model_.stream().mark()) closeBoth();
-    return failed("Failure when writing model footer");
-  }
-  if (model_.isOpen() && !model_.close()) {
-    closeBoth();
-    return failed("Failure when closing model file");
-  }
-  if (data_.isOpen() && !data_.close())
-    return failed("Failure when closing data file");
+  if (const char* failure = endProgram())
+    return messages.fail({Status::kBackendError, failure});
   OutputSettings next = changed(settings_, changes);
-  if (hasWritten && next.writeHeader && sharesAFile(settings_, next))
-    messages.warn(kOverwriting);
+  if (next.writeHeader && hasWritten(next)) messages.warn(kOverwriting);
   ++program_;
   adopt(std::move(next));
-  if (!openModel()) return failed("Failure when opening model file");
+  if (const char* failure = beginProgram())
+    return messages.fail({Status::kBackendError, failure});
+  return Status::kOk;
+}
+
+// Returns what failed, or null. Files that the client has closed behind our
+// back would stand in the way of every further switch, and are given up.
+const char* OutputFiles::endProgram() {
+  if (model_.isOpen()) {
+    written_.merge(filesOf(settings_));
+    if (!model_.writeFooter()) {
+      if (!model_.isOpen()) closeBoth();
+      return "Failure when writing model footer";
+    }
+    if (!model_.close()) {
+      closeBoth();
+      return "Failure when closing model file";
+    }
+  }
+  if (data_.isOpen() && !data_.close()) return "Failure when closing data file";
+  return nullptr;
+}
+
+// Returns what failed, or null. A model file without a whole header takes no
+// calls.
+const char* OutputFiles::beginProgram() {
+  if (!openModel()) return "Failure when opening model file";
   if (!writeHeader()) {
     closeBoth();
-    return failed("Failure when writing model header");
+    return "Failure when writing model header";
   }
-  if (!data_.open()) return failed("Failure when opening data file");
-  return Status::kOk;
+  if (!data_.open()) return "Failure when opening data file";
+  return nullptr;
+}
+
+bool OutputFiles::hasWritten(const OutputSettings& settings) const {
+  return std::ranges::any_of(filesOf(settings), [this](const auto& path) {
+    return written_.contains(path);
+  });
 }
 
 // The lock is never released: nothing may follow the footer.

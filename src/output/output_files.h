@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -94,6 +95,9 @@ class OutputFiles {
   bool writeHeader();
   void adopt(OutputSettings settings);
   Status switchFiles(const OutputChanges& changes, Messages& messages);
+  const char* endProgram();
+  const char* beginProgram();
+  bool hasWritten(const OutputSettings& settings) const;
   Status writeCall(const std::vector<DataRun>& runs, std::string_view text,
                    const WriteFailures& failures);
 
@@ -104,6 +108,8 @@ class OutputFiles {
   std::atomic<std::uint32_t> backendId_ = 0;
   std::atomic<std::uint32_t> program_ = 0;
   OutputSettings settings_;
+  // Paths of the files that this session has switched away from.
+  std::set<std::string> written_;
   // The model file is the last member and so the first to end: its footer
   // closes the recording.
   DataFile data_;

@@ -35,8 +35,9 @@ bool OutputStream::open(std::string& directory, const std::string& fileName,
   }
   stream_ = platform::openForWriting(directory + fileName, mode);
   damaged_ = false;
-  if (stream_ != nullptr) return true;
-  return failed("Could not open file: %s", fileName);
+  if (stream_ == nullptr) return failed("Could not open file: %s", fileName);
+  opened_ = platform::fileState(stream_);
+  return true;
 }
 
 std::optional<std::size_t> OutputStream::write(const void* elements,
@@ -52,12 +53,13 @@ std::optional<std::size_t> OutputStream::write(const void* elements,
   }
   if (count == 0 || elementSize == 0) return count;
   // There are systems that take less than 2 GiB at once.
-  constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+  constexpr std::size_t kOne = 1;
+  constexpr std::size_t kMostBytes = kOne << 30;
   const auto* bytes = static_cast<const char*>(elements);
   std::size_t written = 0;
   while (written < count) {
     const std::size_t wanted =
-        std::min(count - written, kMostBytes / elementSize);
+        std::min(count - written, std::max(kMostBytes / elementSize, kOne));
     const std::size_t now = std::fwrite(bytes + written * elementSize,
                                         elementSize, wanted, stream_);
     written += now;
@@ -73,19 +75,26 @@ bool OutputStream::flush() {
 
 bool OutputStream::close() {
   if (stream_ == nullptr) return failed("Could not close file, FILE* is NULL");
+  if (!mark()) return failed("Failed to close the file");
   // The stream is gone even when closing it fails.
   if (platform::closeFile(std::exchange(stream_, nullptr))) return true;
   return failed("Failed to close the file");
 }
 
+// The stream's memory is left behind: closing it would close the client's file.
 std::optional<std::uint64_t> OutputStream::mark() {
-  return stream_ == nullptr ? std::nullopt : platform::fileSize(stream_);
+  if (stream_ == nullptr) return std::nullopt;
+  const auto state = platform::fileState(stream_);
+  if (state && opened_ && state->isSameFile(*opened_)) return state->size;
+  stream_ = nullptr;
+  return std::nullopt;
 }
 
 void OutputStream::restore(std::uint64_t mark) {
   if (stream_ == nullptr) return;
   std::clearerr(stream_);
-  if (platform::fileSize(stream_) == mark) return;
+  const auto state = platform::fileState(stream_);
+  if (state && state->size == mark) return;
   if (platform::truncateFile(stream_, mark)) return;
   damaged_ = true;
   failed("Could not undo a failed write, nothing more is written to the file");

@@ -42,7 +42,9 @@ class OutputStream {
   // Reports a failure; the result is false.
   bool failed(const char* format, MessageArgument argument = {});
 
-  // Where the file ends, before a call is written.
+  // Where the file ends, before a call is written. A client that closes
+  // whatever is open has closed this file, too, and another one of its own may
+  // have its descriptor by now. Then there is no mark, and no stream any more.
   std::optional<std::uint64_t> mark();
 
   // Cuts the file back to a mark. If that fails nothing is written any more:
@@ -53,6 +55,8 @@ class OutputStream {
   bool ensureDirectory(const std::string& path);
 
   std::FILE* stream_ = nullptr;
+  // As it was when it was opened.
+  std::optional<platform::FileState> opened_;
   bool damaged_ = false;
   Messages* messages_ = nullptr;
 };

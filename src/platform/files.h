@@ -22,8 +22,18 @@ bool closeFile(std::FILE* stream);
 // Null on failure, and for what is no file with an end: a device or a pipe.
 std::FILE* openForReading(const std::string& path);
 
-// The size in bytes of an open file.
-std::optional<std::uint64_t> fileSize(std::FILE* stream);
+// An open file's size in bytes, and what tells it from other files. The latter
+// is 0 where a client cannot close our files and open its own in their place.
+struct FileState {
+  std::uint64_t size = 0;
+  std::uint64_t device = 0;
+  std::uint64_t number = 0;
+
+  bool isSameFile(const FileState& other) const {
+    return device == other.device && number == other.number;
+  }
+};
+std::optional<FileState> fileState(std::FILE* stream);
 
 // Cuts an open file to `size` bytes; later writes go on there.
 bool truncateFile(std::FILE* stream, std::uint64_t size);

@@ -81,10 +81,11 @@ std::FILE* openForReading(const std::string& path) {
   return stream;
 }
 
-std::optional<std::uint64_t> fileSize(std::FILE* stream) {
+std::optional<FileState> fileState(std::FILE* stream) {
   struct stat info {};
   if (::fstat(::fileno(stream), &info) != 0) return std::nullopt;
-  return static_cast<std::uint64_t>(info.st_size);
+  return FileState{static_cast<std::uint64_t>(info.st_size), info.st_dev,
+                   info.st_ino};
 }
 
 bool truncateFile(std::FILE* stream, std::uint64_t size) {

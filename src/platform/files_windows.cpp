@@ -34,12 +34,13 @@ bool lock(std::FILE* stream) {
 
 }  // namespace
 
-// The mode "wb" would empty a file that belongs to another process.
+// The mode "wb" would empty a file that belongs to another process. Child
+// processes get no handles ("N").
 std::FILE* openForWriting(const std::string& path, OpenMode mode) {
-  std::FILE* stream = ::_fsopen(path.c_str(), "ab", _SH_DENYNO);
+  std::FILE* stream = ::_fsopen(path.c_str(), "abN", _SH_DENYNO);
   if (stream == nullptr) return nullptr;
   if (!lock(stream) ||
-      (mode == OpenMode::kTruncate && fileSize(stream).value_or(0) != 0 &&
+      (mode == OpenMode::kTruncate && ::_filelengthi64(::_fileno(stream)) > 0 &&
        !truncateFile(stream, 0))) {
     std::fclose(stream);
     return nullptr;
@@ -51,17 +52,18 @@ std::FILE* openForWriting(const std::string& path, OpenMode mode) {
 bool closeFile(std::FILE* stream) { return std::fclose(stream) == 0; }
 
 std::FILE* openForReading(const std::string& path) {
-  std::FILE* stream = ::_fsopen(path.c_str(), "rb", _SH_DENYNO);
+  std::FILE* stream = ::_fsopen(path.c_str(), "rbN", _SH_DENYNO);
   if (stream == nullptr) return nullptr;
   if (::GetFileType(handleOf(stream)) == FILE_TYPE_DISK) return stream;
   std::fclose(stream);
   return nullptr;
 }
 
-std::optional<std::uint64_t> fileSize(std::FILE* stream) {
+// The runtime that the library is linked with has descriptors of its own.
+std::optional<FileState> fileState(std::FILE* stream) {
   const __int64 size = ::_filelengthi64(::_fileno(stream));
   if (size < 0) return std::nullopt;
-  return static_cast<std::uint64_t>(size);
+  return FileState{static_cast<std::uint64_t>(size)};
 }
 
 bool truncateFile(std::FILE* stream, std::uint64_t size) {

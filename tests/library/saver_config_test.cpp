@@ -304,7 +304,10 @@ TEST(SaverConfig, FailedSwitchCanBeFollowedByOneThatSucceeds) {
   EXPECT_EQ(initialize(saver, {takenData}), 4999U);
   EXPECT_EQ(log.take(), (std::vector<std::string>{
                             kCannotOpen, "1: Failure when opening data file"}));
-  EXPECT_EQ(initialize(saver, {fileOption("c.c", "c.bin")}), 0U);
+  // Back to the first files, the failures between do not hide what is lost.
+  EXPECT_EQ(initialize(saver, {fileOption("saver_output.c", "c.bin")}), 0U);
+  EXPECT_EQ(log.take().size(), 1U);
+  EXPECT_EQ(initialize(saver, {fileOption("c.c", "d.bin")}), 0U);
   record(saver, 2);
   EXPECT_TRUE(readFile(saver.directory() / "c.c").ends_with(recordText(2)));
 }

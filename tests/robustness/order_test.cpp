@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -233,8 +234,10 @@ TEST(Order, CallbackMakesRecordedCalls) {
 
 // A client that goes into the background closes whatever is open.
 TEST(Order, ClientClosesAllDescriptors) {
-  for (const bool writeFooter : {true, false}) {
-    SCOPED_TRACE(writeFooter);
+  for (const int choice : {0, 1, 2, 3}) {
+    SCOPED_TRACE(choice);
+    const bool writeFooter = choice < 2;
+    const bool callsBetween = choice % 2 == 0;
     expectInChild([&] {
       SaverLibrary saver;
       KivSaver_Config_t files{};
@@ -246,10 +249,17 @@ TEST(Order, ClientClosesAllDescriptors) {
       EXPECT_EQ(saver.initialize({&files, &footer}), 0U);
       EXPECT_EQ(saver.api().propertyHasCapability(1), 0U);
       for (int i = 3; i < 100; ++i) close(i);
-      EXPECT_EQ(saver.api().propertyHasCapability(1), 1999U);
+      // Its own files have the numbers of the recording's now.
+      const std::filesystem::path own = saver.directory() / "own";
+      writeFile(own, "client's");
+      for (int i = 3; i < 10; ++i) EXPECT_EQ(open(own.c_str(), O_RDWR), i);
       // The old files cannot be ended as they should.
-      EXPECT_EQ(saver.initialize({&files, &footer}), 4999U);
+      EXPECT_EQ(callsBetween ? saver.api().propertyHasCapability(1)
+                             : saver.initialize({&files, &footer}),
+                callsBetween ? 1999U : 4999U);
       EXPECT_EQ(saver.initialize({&files, &footer}), 0U);
+      EXPECT_EQ(readFile(own), "client's");
+      EXPECT_EQ(lseek(9, 0, SEEK_CUR), 0) << "it is still open";
       EXPECT_EQ(saver.api().propertyHasCapability(2), 0U);
       EXPECT_TRUE(saver.unload());
       const std::string text = readFile(saver.directory() / "a.c");
