@@ -17,13 +17,20 @@ wine=$(PATH=$PATH:/usr/lib/wine command -v wine64) || {
   echo "run_windows_program.sh: wine64 is not installed" >&2
   exit 1
 }
+server=${wine%64}server
 if [ ! -e "$WINEPREFIX/system.reg" ]; then
   mkdir -p "$WINEPREFIX"
   # One of several first runs creates the configuration, the others wait.
   (
     flock 9
     [ -e "$WINEPREFIX/system.reg" ] ||
-      { "$wine" wineboot --init; "${wine%64}server" --wait || true; }
+      { "$wine" wineboot --init; "$server" --wait || true; }
   ) 9>"$WINEPREFIX/lock" >/dev/null 2>&1
+fi
+# A program that starts just when the server of the last one ends comes to
+# nothing, so the server stays for a while. The services that the first program
+# starts must not keep this one's output open.
+if "$server" -p60 >/dev/null 2>&1; then
+  "$wine" cmd /c exit </dev/null >/dev/null 2>&1
 fi
 exec "$wine" "$@"

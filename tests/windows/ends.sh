@@ -21,7 +21,9 @@ is_finished() { # FILE
 for end in free exit exit-in-callback exit-in-thread exit-beside-call again; do
   start=$SECONDS
   "$runner" "$host" "Z:$library" "$end" "$end" || fail "status $?"
-  [ "$end" = again ] || [ $((SECONDS - start)) -lt 5 ] || fail "it has waited"
+  # As long as the library waits for calls that have a chance to end.
+  [ $end != exit-beside-call ] || [ $((SECONDS - start)) -lt 5 ] ||
+    fail "it has waited"
   case $end in
     free | again) is_finished $end/saver_output.c.moved || fail "no footer" ;;
     *) is_finished $end/saver_output.c || fail "no footer" ;;
