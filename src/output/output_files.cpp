@@ -98,6 +98,8 @@ Status OutputFiles::start() {
 }
 
 bool OutputFiles::openBoth() {
+  // Of an attempt for which there was no memory.
+  closeBoth();
   if (openModel() && writeHeader() && data_.open()) return true;
   closeBoth();
   return false;

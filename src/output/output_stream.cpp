@@ -53,13 +53,12 @@ std::optional<std::size_t> OutputStream::write(const void* elements,
   }
   if (count == 0 || elementSize == 0) return count;
   // There are systems that take less than 2 GiB at once.
-  constexpr std::size_t kOne = 1;
-  constexpr std::size_t kMostBytes = kOne << 30;
+  constexpr std::size_t kMostBytes = std::size_t{1} << 30;
+  const std::size_t most = std::max<std::size_t>(kMostBytes / elementSize, 1);
   const auto* bytes = static_cast<const char*>(elements);
   std::size_t written = 0;
   while (written < count) {
-    const std::size_t wanted =
-        std::min(count - written, std::max(kMostBytes / elementSize, kOne));
+    const std::size_t wanted = std::min(count - written, most);
     const std::size_t now = std::fwrite(bytes + written * elementSize,
                                         elementSize, wanted, stream_);
     written += now;
