@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -134,10 +135,14 @@ TEST(LostFiles, ModelFileIsReplacedWhileRecording) {
     EXPECT_EQ(log.take(), Lines({"1: Could not open file: saver_output.c",
                                  "1: Failure when opening model file"}));
     EXPECT_EQ(c.api.propertyHasCapability(1), 1999U);
+    // What somebody reads is taken, but has no program to be continued.
+    const int reader = isPipe ? open(model.c_str(), O_RDONLY | O_NONBLOCK) : -1;
+    EXPECT_EQ(c.saver.initialize({&files, &noHeader}), isPipe ? 0U : 4999U);
     fs::remove(model);
     noHeader.writeHeader = 1;
     EXPECT_EQ(c.saver.initialize({&files, &noHeader}), 0U);
     noHeader.writeHeader = 0;
+    close(reader);
   }
   EXPECT_EQ(c.api.propertyHasCapability(2), 0U);
   c.saver.unload();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <thread>
 
@@ -94,6 +95,21 @@ TEST(Order, ForkedChildLeavesTheRecordingAlone) {
   EXPECT_TRUE(hasOneFooter(saver.modelText()));
   EXPECT_EQ(replay(saver.directory()),
             Lines({"propertyHasCapability(1)", "propertyHasCapability(3)"}));
+}
+
+// A child that lives on has the parent's files open, too.
+TEST(Order, ForkedChildDoesNotKeepTheFiles) {
+  SaverLibrary saver;
+  ASSERT_EQ(saver.api().propertyHasCapability(1), 0U);
+  const pid_t child = fork();
+  if (child == 0)
+    for (;;) pause();
+  KivSaver_Config_t files{};
+  files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
+  files.fileConfig = {"saver_output.c", "params.bin"};
+  EXPECT_EQ(saver.initialize({&files}), 0U);
+  EXPECT_EQ(kill(child, SIGKILL), 0);
+  EXPECT_EQ(waitpid(child, nullptr, 0), child);
 }
 
 // The parent's threads are in the midst of calls, and hold locks, when the
