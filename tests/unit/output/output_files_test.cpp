@@ -5,9 +5,8 @@
 #include <sstream>
 #include <thread>
 
-#include "logged_messages.h"
 #include "output/program_frame.h"
-#include "support/files.h"
+#include "output_files_fixture.h"
 
 namespace kiv::output::test {
 namespace {
@@ -15,23 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using kiv::test::Lines;
 using kiv::test::readFile;
-
-constexpr WriteFailures kFailures = {Status::kBackendError,
-                                     Status::kContextBinary};
-
-class OutputFilesTest : public testing::Test {
- protected:
-  OutputFilesTest() {
-    OutputChanges changes;
-    changes.directory = out_.string();
-    EXPECT_EQ(files_.configure(changes, false), Status::kOk);
-  }
-
-  kiv::test::TempDirectory temp_;
-  const fs::path out_ = temp_.path() / "out";
-  kiv::test::LoggedMessages log_;
-  OutputFiles files_{[](std::string_view) {}};
-};
 
 TEST_F(OutputFilesTest, AStartThatFailsIsUndoneAndTriedAgain) {
   kiv::test::writeFile(out_, "");
