@@ -4,7 +4,8 @@
 
 namespace kiv::platform {
 
-// Nanoseconds of a clock that never goes back; its zero means nothing.
+// Nanoseconds of a clock that never goes back, for time spans; its zero means
+// nothing. Any thread may call it.
 std::uint64_t monotonicNanoseconds();
 
 }  // namespace kiv::platform

@@ -5,25 +5,39 @@
 #include <optional>
 #include <string>
 
+// Files as the recording needs them, and the directory that they are in. Any
+// thread may call these functions; one at a time may use a stream.
+//
+//   std::FILE* stream = openForWriting("out/params.bin", OpenMode::kTruncate);
+//   if (stream == nullptr) return false;
+//   ...
+//   return closeFile(stream);
 namespace kiv::platform {
 
 enum class OpenMode { kTruncate, kAppend };
 
-// Opens a file for writing without a buffer, so that what was written is with
-// the system and what could not be written leaves nothing behind. Others may
-// read and write the file meanwhile. Null on failure, also when the file has
-// been opened by this function and not been closed, in whichever process.
+// Opens a file for writing without a buffer, so that bytes that were written
+// are with the system and bytes that could not be written leave nothing behind.
+// Others may read and write the file meanwhile. Null on failure, also when this
+// function has opened the file before, in whichever process, and it was not
+// closed since.
+//
+// The stream's descriptor is a high one where the system has descriptors: a
+// client that closes all of them, and then opens files of its own, does not get
+// the recording's bytes into these.
 std::FILE* openForWriting(const std::string& path, OpenMode mode);
 
 // Closes a file and lets others have it; false if that fails. The stream is
 // gone in either case.
 bool closeFile(std::FILE* stream);
 
-// Null on failure, and for what is no file with an end: a device or a pipe.
+// Opens a file for reading. Null on failure, and for devices and pipes, which
+// have no end.
 std::FILE* openForReading(const std::string& path);
 
-// An open file's size in bytes, and what tells it from other files. The latter
-// is 0 where a client cannot close our files and open its own in their place.
+// An open file's size in bytes, and the device and number that no other file
+// has. The latter are 0 where a client cannot close the library's files and
+// open its own in their place.
 struct FileState {
   std::uint64_t size = 0;
   std::uint64_t device = 0;

@@ -1,7 +1,9 @@
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/files.h"
@@ -19,9 +21,10 @@ std::string withoutTrailingSlashes(std::string path) {
   return path;
 }
 
-// Takes or gives back the whole file. The lock is that of the open file: unlike
-// one of the process it is not lost when the client opens and closes its own
-// recording, and it holds between two libraries of one process.
+// Takes or gives back the whole file. The lock is that of the open file,
+// whatever its descriptor: unlike one of the process it is not lost when the
+// client opens and closes its own recording, and it holds between two libraries
+// of one process.
 bool setLock(int descriptor, short type) {
   struct flock lock {};
   lock.l_type = type;
@@ -44,14 +47,41 @@ bool makeEmpty(int descriptor) {
   return !isRegularFile(descriptor) || ::ftruncate(descriptor, 0) == 0;
 }
 
+// The first of the high descriptors: the last sixteenth below the process's
+// limit, or below 4096 where the limit is higher, since the system's table of
+// descriptors reaches up to the highest one.
+int firstHighDescriptor() {
+  constexpr rlim_t kMost = 4096;
+  constexpr rlim_t kSixteenth = 16;
+  rlimit limit{};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  const rlim_t end = std::min(limit.rlim_cur, kMost);
+  return static_cast<int>(end - end / kSixteenth);
+}
+
+// Gives the open file a high descriptor in place of the low one, which stays
+// where that fails. A client that closes whatever is open closes this file,
+// too; its next own files get the lowest free descriptors, so that none of them
+// lands under this one and gets what is written here.
+int moveHigh(int descriptor) {
+  const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, firstHighDescriptor());
+  if (moved < 0) return descriptor;
+  ::close(descriptor);
+  return moved;
+}
+
+int openHigh(const char* path, int flags) {
+  const int descriptor = ::open(path, flags | O_CLOEXEC, kFileAccess);
+  return descriptor < 0 ? descriptor : moveHigh(descriptor);
+}
+
 }  // namespace
 
 std::FILE* openForWriting(const std::string& path, OpenMode mode) {
   const bool append = mode == OpenMode::kAppend;
   // A pipe that nobody reads must not keep the client waiting.
-  const int flags =
-      O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | (append ? O_APPEND : 0);
-  const int descriptor = ::open(path.c_str(), flags, kFileAccess);
+  const int flags = O_WRONLY | O_CREAT | O_NONBLOCK | (append ? O_APPEND : 0);
+  const int descriptor = openHigh(path.c_str(), flags);
   if (descriptor < 0) return nullptr;
   ::fcntl(descriptor, F_SETFL, append ? O_APPEND : 0);
   std::FILE* stream = nullptr;

@@ -4,7 +4,8 @@
 
 namespace kiv::platform {
 
-// The current time in the system's time zone, to the second.
+// The current time in the system's time zone, to the second. Any thread may
+// call it.
 std::tm localTime();
 
 }  // namespace kiv::platform

@@ -2,22 +2,28 @@
 
 #include <cstdint>
 
+// What the library asks of the process that it is in: forks, its end, the
+// cancellation of threads. Every function may be called from any thread.
 namespace kiv::platform {
 
-// Differs in a forked child.
-std::uint64_t processId();
+// How often this process or an ancestor was forked since the library was
+// loaded: a child counts one more than its parent. 0 where processes do not
+// fork. Costs a load. Processes that are made without fork() (vfork(), clone(),
+// _Fork()) are not counted.
+std::uint32_t forkCount();
 
 // Whether the process ends and has only this thread left: no other will finish
 // what it is doing.
 bool isLastThreadOfProcess();
 
-// Lets `action` be called when the library is unloaded or the process exits, in
-// the reverse order of what is registered for it; false when that is not to be
-// had. For one action of the library, which may be told of once.
+// Has `action` called when the library is unloaded or the process exits, in the
+// reverse order of registration; false if it cannot be registered. The library
+// has one such action and calls this function once.
 bool callAtEnd(void (*action)());
 
-// Puts off the cancellation of this thread while it lives. Being cancelled in a
-// write would leave part of a call behind, and no exception handler may end it.
+// Puts off the cancellation of its thread as long as it exists. A thread that
+// is cancelled in a write would leave part of a call behind, and no exception
+// handler may end a cancellation.
 class CancellationDelay {
  public:
   CancellationDelay();

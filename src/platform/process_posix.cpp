@@ -1,6 +1,8 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
+
 #include "platform/process.h"
 
 namespace kiv::platform {
@@ -8,9 +10,20 @@ namespace {
 
 constinit thread_local std::uint32_t number = 0;
 
+constinit std::atomic<std::uint32_t> forks = 0;
+
+// The handler is registered when the library is loaded, and goes with it: the C
+// library notes whose handler it is.
+const bool isCounting =
+    ::pthread_atfork(nullptr, nullptr, [] { ++forks; }) == 0;
+
 }  // namespace
 
-std::uint64_t processId() { return static_cast<std::uint64_t>(::getpid()); }
+// A process that had no memory for the handler is known by its id.
+std::uint32_t forkCount() {
+  return isCounting ? forks.load(std::memory_order_relaxed)
+                    : static_cast<std::uint32_t>(::getpid());
+}
 
 // Threads run on while exit handlers and destructors do.
 bool isLastThreadOfProcess() { return false; }

@@ -31,7 +31,8 @@ const Slot slot;
 
 }  // namespace
 
-std::uint64_t processId() { return ::GetCurrentProcessId(); }
+// The system has no fork.
+std::uint32_t forkCount() { return 0; }
 
 // The system ends all other threads before it tells the libraries.
 bool isLastThreadOfProcess() { return ::RtlDllShutdownInProgress() != 0; }

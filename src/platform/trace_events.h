@@ -2,8 +2,8 @@
 
 namespace kiv::platform {
 
-// The system's own tracing, for messages that the printer shows. Costs next to
-// nothing while nobody listens.
+// Hands a message that the printer shows to the system's own tracing. Costs
+// next to nothing while nobody listens. Any thread may call it.
 void traceMessage(const char* text);
 
 }  // namespace kiv::platform

@@ -13,6 +13,7 @@
 //   event metadata    = size:u16 tag:u8(0) name NUL { field NUL type:u8 }
 //
 // Sizes include their own two bytes; integers are little-endian, names UTF-8.
+// Any thread may call these functions.
 namespace kiv::platform::trace_logging {
 
 inline constexpr std::string_view kProviderName = "KIVTraceLoggingProvider";

@@ -36,7 +36,7 @@ bool waitForOtherCalls() {
 // is in a forked child, whose files are its parent's.
 class Holder {
  public:
-  Holder() : owner_(platform::processId()), session_(new Session) {}
+  Holder() : owner_(platform::forkCount()), session_(new Session) {}
   ~Holder() {
     hasEnded = true;
     if (session() == nullptr) return;
@@ -53,14 +53,14 @@ class Holder {
   // the child has a session of its own: a client may set options and then go
   // into the background.
   Session* session() const {
-    const std::uint64_t caller = platform::processId();
+    const std::uint32_t caller = platform::forkCount();
     if (caller != owner_ && session_->files().started()) return nullptr;
     owner_ = caller;
     return session_;
   }
 
  private:
-  mutable std::atomic<std::uint64_t> owner_;
+  mutable std::atomic<std::uint32_t> owner_;
   Session* const session_;
 };
 

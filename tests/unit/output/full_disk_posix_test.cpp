@@ -94,7 +94,7 @@ TEST_F(FullDiskTest, SurvivesAStreamThatCannotBeClosed) {
   DataFile file(out_.string(), "params.bin");
   ASSERT_TRUE(file.open());
   std::error_code error;
-  for (int fd = 3; fd < 1024; ++fd) {
+  for (int fd = 3; fd < 4096; ++fd) {
     const auto link = "/proc/self/fd/" + std::to_string(fd);
     if (fs::read_symlink(link, error) == dataPath_) ::close(fd);
   }
