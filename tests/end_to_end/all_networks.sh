@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs compare_client.sh over every network below a directory and prints how
+# Runs compare_calls.sh over every network below a directory and prints how
 # many the client accepted, how many of these compiled and gave identical
 # calls, and the names of those that did not.
 #
@@ -17,7 +17,7 @@ export here build results
 compare() {
   local status=0 name
   name=$(tr / _ <<<"$1")
-  bash "$here/compare_client.sh" \
+  bash "$here/compare_calls.sh" \
       "$build/examples/onnx_client/onnx_client" "$build/src/libKivSaver.so" \
       "$build/backends/tracer/libKivTracer.so" "$1" gcc clang \
       >"$results/$name" 2>&1 || status=$?

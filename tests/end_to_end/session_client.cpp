@@ -1,10 +1,10 @@
-// Runs the golden session on a library; for the arguments see client.h.
+// Runs the golden session on a library; for the arguments see client_main.h.
 
 #include "golden/golden_session.h"
-#include "support/client.h"
+#include "support/client_main.h"
 
 int main(int argc, char** argv) {
-  return kiv::test::runClient(
+  return kiv::test::clientMain(
       argc, argv,
       [](const KivInterface_Implementation_t& api, const std::string&) {
         kiv::test::runGoldenSession(api);

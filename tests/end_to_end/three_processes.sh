@@ -7,7 +7,7 @@ set -euo pipefail
 
 client=$1 saver=$2 tracer=$3 network=$4
 shift 4
-replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay.sh
+replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay_on_tracer.sh
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

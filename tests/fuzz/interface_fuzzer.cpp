@@ -1,4 +1,4 @@
-// Lets a fuzzer choose the calls of a hostile client: each input is a session
+// Lets a fuzzer choose the calls of a hostile caller: each input is a session
 // of its own, from the options to the end of the files.
 //
 // The library is part of the program, so that its coverage steers the fuzzer.
@@ -14,7 +14,7 @@
 
 #include "KivInterface.h"
 #include "Saver/KivSaver.h"
-#include "hostile/random_client.h"
+#include "hostile/random_caller.h"
 #include "session/session.h"
 
 namespace kiv::test {
@@ -65,7 +65,7 @@ class Session {
  public:
   explicit Session(std::span<const std::uint8_t> bytes)
       : source_(bytes),
-        client_(api_, source_, RandomClient::Manner::kHostile) {}
+        caller_(api_, source_, RandomCaller::Manner::kHostile) {}
 
   void run() {
     while (api_.logFree(nullptr) == KIV_SUCCESS) {
@@ -81,7 +81,7 @@ class Session {
           callLogger();
           break;
         default:
-          client_.step();
+          caller_.step();
       }
     }
   }
@@ -154,7 +154,7 @@ class Session {
 
   const KivInterface_Implementation_t& api_ = table();
   Source source_;
-  RandomClient client_;
+  RandomCaller caller_;
 };
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "GPU/KivGpuContext.h"
-#include "hostile/random_client.h"
+#include "hostile/random_caller.h"
 #include "support/log_capture.h"
 #include "support/records.h"
 #include "support/saver_library.h"
@@ -92,10 +92,7 @@ class BadInput : public ::testing::Test {
  protected:
   // For the GPU backend, so that custom configs are recorded.
   BadInput() {
-    KivSaver_Config_t option{};
-    option.option = KIV_SAVER_CONFIG_OPTION_BACKEND_ID;
-    option.backendId = KIV_BACKEND_ID_GPU;
-    saver.initialize({&option});
+    saver.initialize({backendOption(KIV_BACKEND_ID_GPU)});
     objects = createObjects(api);
     api.profileCreate(nullptr, kMost, &profile);
     api.deviceCreate(nullptr, nullptr, &device);
@@ -277,7 +274,7 @@ TEST_F(BadInput, EnumsAtTheirBorders) {
   for (const std::uint32_t number : {7U, 0x7FFFFFFFU, 0x80000000U, kMost}) {
     KivSaver_Config_t option{};
     setEnum(option.option, number);
-    EXPECT_FALSE(isAccepted([&] { return saver.initialize({&option}); }));
+    EXPECT_FALSE(isAccepted([&] { return saver.initialize({option}); }));
     EXPECT_FALSE(isAccepted([&] { return createLogger(api, number); }));
   }
   EXPECT_TRUE(recordingCompiles());
@@ -298,13 +295,13 @@ TEST_F(BadInput, HandlesThatNobodyHas) {
   handles.insert(handles.end(), {freed.backend, freed.context, freed.graph,
                                  freedProfile, within, small, kTrap, &objects});
   Source source({});
-  RandomClient client(api, source, RandomClient::Manner::kFair);
+  RandomCaller caller(api, source, RandomCaller::Manner::kFair);
   for (void* handle : handles) {
-    for (const RandomClient::Call& call : RandomClient::fairCalls()) {
+    for (const RandomCaller::Call& call : RandomCaller::fairCalls()) {
       const bool takesHandle = call.with >= 1 && call.with < std::size(known);
       if (!takesHandle || handle == known[call.with]) continue;
-      RandomClient::Object object;
-      const auto make = [&] { return call.make(client, &object, handle); };
+      RandomCaller::Object object;
+      const auto make = [&] { return call.make(caller, &object, handle); };
       EXPECT_FALSE(isAccepted(make)) << call.name;
     }
     const auto validate = [&](void* backend, void* on) {
@@ -365,10 +362,8 @@ TEST_F(BadInput, TextsOfAnyLengthAndOfAnyBytes) {
 TEST_F(BadInput, FileNamesThatNoFileCanHave) {
   const std::string longName(1 << 20, 'n');
   const auto areOpened = [&](const char* model, const char* data) {
-    KivSaver_Config_t names{};
-    names.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
-    names.fileConfig = {model, data};
-    const bool isOpened = saver.initialize({&names}) == KIV_SUCCESS;
+    const bool isOpened =
+        saver.initialize({filesOption(model, data)}) == KIV_SUCCESS;
     const Code written =
         api.contextValidateBinary(nullptr, nullptr, nullptr, "b", 1);
     EXPECT_EQ(written == KIV_SUCCESS, isOpened);

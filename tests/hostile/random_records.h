@@ -136,7 +136,7 @@ class RandomRecords {
     std::uint32_t number = 0;
     ((number++ == chosen ? fill(fields) : void()), ...);
   }
-  // A fair client keeps to the numbers that C++ lets the enum have.
+  // A fair caller keeps to the numbers that C++ lets the enum have.
   template <typename Enum>
   std::enable_if_t<std::is_enum_v<Enum>> fill(Enum& field) {
     const std::uint32_t mask = hostile_ ? 0xFFFFFFFF : 0x7FFFFFFF;

@@ -8,7 +8,7 @@
 
 namespace kiv::test {
 
-// Bytes that decide what a random client does, one small decision a byte.
+// Bytes that decide what a random caller does, one small decision a byte.
 // Behind their end all decisions are 0, the simplest.
 class Source {
  public:

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "library/client.h"
+#include "library/started_session.h"
 
 namespace kiv::test {
 namespace {
@@ -158,8 +158,9 @@ constexpr const char* kNoProfile =
 constexpr const char* kNoDevice =
     "No device associated with the provided handle";
 
-#define KIV_ROW(name, ...) \
-#name "(" #__VA_ARGS__ ")", [](Client & c) { return c.api.name(__VA_ARGS__); }
+#define KIV_ROW(name, ...)    \
+#name "(" #__VA_ARGS__ ")", \
+      [](StartedSession & c) { return c.api.name(__VA_ARGS__); }
 
 // The call gives no handle but leaves 0 where it would have gone.
 template <typename Create>
@@ -234,13 +235,13 @@ TEST(Entry, UnknownHandles) {
               12000, kNoProfile),
       failing(
           "validate: the op config first",
-          [&](Client& c) {
+          [&](StartedSession& c) {
             return c.api.backendValidateOpConfig(kUnknown, version2);
           },
           1000, "Unsupported opconfig version: 2.\n"),
       failing(
           "contextCreate: the backend first",
-          [](Client& c) {
+          [](StartedSession& c) {
             return leavingNull([&](void** out) {
               return c.api.contextCreate(kUnknown, kUnknown, nullptr, out);
             });
@@ -248,7 +249,7 @@ TEST(Entry, UnknownHandles) {
           4011, kNoBackend),
       failing(
           "contextCreate: the device before the configs",
-          [](Client& c) {
+          [](StartedSession& c) {
             List list = {configOf<KivContext_Config_t>(99)};
             return leavingNull([&](void** out) {
               return c.api.contextCreate(c.backend, kUnknown, list, out);
@@ -257,7 +258,7 @@ TEST(Entry, UnknownHandles) {
           14000, kNoDevice),
       failing(
           "contextCreateFromBinary: the profile",
-          [none](Client& c) {
+          [none](StartedSession& c) {
             return leavingNull([&](void** out) {
               return c.api.contextCreateFromBinary(none, none, nullptr, "b", 1,
                                                    out, kUnknown);
@@ -266,7 +267,7 @@ TEST(Entry, UnknownHandles) {
           12000, kNoProfile),
       failing(
           "profileCreate",
-          [](Client& c) {
+          [](StartedSession& c) {
             return leavingNull([&](void** out) {
               return c.api.profileCreate(kUnknown, 1, out);
             });
@@ -308,7 +309,7 @@ TEST(Entry, ConfigErrorsWriteNothing) {
   check({
       failing(
           "backend",
-          [](Client& c) {
+          [](StartedSession& c) {
             List list = {configOf<KivBackend_Config_t>(2),
                          configOf<KivBackend_Config_t>(99)};
             Kiv_BackendHandle_t out = kUnknown;
@@ -319,7 +320,7 @@ TEST(Entry, ConfigErrorsWriteNothing) {
           4004, kOption),
       failing(
           "context",
-          [](Client& c) {
+          [](StartedSession& c) {
             List list = {configOf<KivContext_Config_t>(1),
                          configOf<KivContext_Config_t>(99)};
             return c.api.contextSetConfig(c.context, list);
@@ -327,7 +328,7 @@ TEST(Entry, ConfigErrorsWriteNothing) {
           5000, kOption),
       failing(
           "device",
-          [](Client& c) {
+          [](StartedSession& c) {
             List list = {configOf<KivDevice_Config_t>(1),
                          configOf<KivDevice_Config_t>(99)};
             return leavingNull([&](void** out) {
@@ -337,7 +338,7 @@ TEST(Entry, ConfigErrorsWriteNothing) {
           1004, kOption),
       failing(
           "platform info",
-          [](Client& c) {
+          [](StartedSession& c) {
             KivDevice_PlatformInfo_t info{};
             info.version = version;
             auto config = configOf<KivDevice_Config_t>(1);
@@ -347,7 +348,7 @@ TEST(Entry, ConfigErrorsWriteNothing) {
           1000, "Unsupported platformInfo version: 2"),
       failing(
           "graph: 1 and 2 are no options",
-          [](Client& c) {
+          [](StartedSession& c) {
             List list = {configOf<KivGraph_Config_t>(3),
                          configOf<KivGraph_Config_t>(1)};
             return c.api.graphSetConfig(c.graph, list);
@@ -355,7 +356,7 @@ TEST(Entry, ConfigErrorsWriteNothing) {
           6000, "Unknown config option provided: 1"),
       failing(
           "profile",
-          [](Client& c) {
+          [](StartedSession& c) {
             List list = {configOf<KivProfile_Config_t>(1),
                          configOf<KivProfile_Config_t>(99)};
             return c.api.profileSetConfig(c.profile, list);

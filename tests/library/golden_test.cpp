@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "golden/golden_session.h"
-#include "library/client.h"
+#include "library/started_session.h"
 
 namespace kiv::test {
 namespace {
@@ -30,10 +30,7 @@ void compare(const fs::path& written, const fs::path& expected) {
 
 TEST(Golden, SessionWithEveryCallAndOption) {
   SaverLibrary saver;
-  KivSaver_Config_t gpu{};
-  gpu.option = KIV_SAVER_CONFIG_OPTION_BACKEND_ID;
-  gpu.backendId = KIV_BACKEND_ID_GPU;
-  ASSERT_EQ(saver.initialize({&gpu}), 0U);
+  ASSERT_EQ(saver.initialize({backendOption(KIV_BACKEND_ID_GPU)}), 0U);
   auto codes = runGoldenSession(saver.api());
   // Sizes and contents of binaries are not known.
   EXPECT_EQ(std::count(codes.begin(), codes.end(), 4950U), 3);

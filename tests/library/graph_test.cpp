@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "library/client.h"
+#include "library/started_session.h"
 
 // Graphs, their names and tensors, nodes and executions.
 namespace kiv::test {
@@ -52,7 +52,7 @@ Kiv_Tensor_t tensorWithId(uint32_t id) {
 }
 
 TEST(Graph, NodesAreNamedAfterTheirOperation) {
-  const Client c;
+  const StartedSession c;
   std::string expected;
   for (const auto& [name, variable] :
        {std::pair("1x1 conv", "_1x1_conv_0"),
@@ -75,7 +75,7 @@ TEST(Graph, Names) {
   };
   check({
       {"no identifier, and one that the program has",
-       [](Client& c) {
+       [](StartedSession& c) {
          for (const char* name :
               {"a /|-:;.,+b", "\xC3\xA9", "", "4x", "error", "a_________b"})
            EXPECT_EQ(c.createGraph(name, &out), 0U) << name;
@@ -88,7 +88,7 @@ TEST(Graph, Names) {
            create("error_0", "error") + create("a_________b_0", "a_________b"),
        ""},
       {"one name in two contexts",
-       [](Client& c) {
+       [](StartedSession& c) {
          Kiv_ContextHandle_t other = nullptr;
          c.api.contextCreate(nullptr, nullptr, nullptr, &other);
          c.newText();
@@ -106,7 +106,7 @@ TEST(Graph, Names) {
                  validate("graphFinalize(g, NULL, NULL)")}),
        ""},
       {"retrieve: the graph of that name, or a new one",
-       [](Client& c) {
+       [](StartedSession& c) {
          EXPECT_EQ(c.api.graphRetrieve(c.context, "g", &out), 0U);
          EXPECT_EQ(out, c.graph);
          EXPECT_EQ(c.api.graphRetrieve(c.context, "from binary", &out), 0U);
@@ -124,7 +124,7 @@ TEST(Graph, Names) {
                  "", validate("graphFinalize(from_binary, NULL, NULL)")}),
        ""},
       {"a graph that was not recorded leaves its name free",
-       [](Client& c) {
+       [](StartedSession& c) {
          out = nullptr;
          List list = {configOf<KivGraph_Config_t>(1)};
          EXPECT_EQ(c.api.graphCreate(c.context, "h", list, &out), 6000U);
@@ -136,7 +136,7 @@ TEST(Graph, Names) {
        create("h", "h"),
        ""},
       {"raw text with a warning",
-       [](Client& c) { return c.createGraph("a\"b", &out); },
+       [](StartedSession& c) { return c.createGraph("a\"b", &out); },
        0,
        {"2: A text holds a quote, a backslash or a line end and will not read "
         "back from the recording as it was given: a\"b"},
@@ -146,7 +146,7 @@ TEST(Graph, Names) {
 }
 
 TEST(Tensor, CreationTextAndIds) {
-  Client c;
+  StartedSession c;
   // As a client sees it: id 99 goes into the recording, 1 comes back.
   Kiv_Tensor_t tensor =
       emptyTensor(KIV_TENSOR_VERSION_1, KIV_DATA_TYPE_UFIXED_POINT_8);
@@ -192,7 +192,7 @@ TEST(Tensor, CreationTextAndIds) {
 // A context's tensor that cannot be written is registered, a graph's is not;
 // neither can be referred to.
 TEST(Tensor, RegistrationOfWhatCannotBeWritten) {
-  Client c;
+  StartedSession c;
   LogCapture log(c.api);
   Kiv_Tensor_t handle = emptyTensor();
   handle.v1.memType = KIV_TENSOR_MEM_TYPE_MEM_HANDLE;
@@ -234,7 +234,7 @@ TEST(Tensor, RegistrationOfWhatCannotBeWritten) {
 }
 
 TEST(Tensor, IdsAreLookedUpFromTheInnermostOwnerOutwards) {
-  Client c;
+  StartedSession c;
   Kiv_GraphHandle_t inner = nullptr;
   Kiv_GraphHandle_t sibling = nullptr;
   Kiv_ContextHandle_t other = nullptr;
@@ -279,7 +279,7 @@ TEST(Tensor, IdsAreLookedUpFromTheInnermostOwnerOutwards) {
 }
 
 TEST(Graph, FailedExecutionsLeaveNothing) {
-  Client c;
+  StartedSession c;
   LogCapture log(c.api);
   char data[] = "12";
   Kiv_Tensor_t bad = emptyTensor();

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstring>
 
-#include "library/client.h"
+#include "library/started_session.h"
 
 namespace kiv::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <fstream>
 
-#include "library/client.h"
+#include "library/started_session.h"
 
 namespace kiv::test {
 namespace {
@@ -13,12 +13,9 @@ TEST(LargeData, CallsAreAddedBehindFiveGiB) {
   std::filesystem::create_directory(saver.directory());
   writeFile(saver.dataPath(), "");
   std::filesystem::resize_file(saver.dataPath(), kBefore);
-  auto names = configOf<KivSaver_Config_t>(KIV_SAVER_CONFIG_OPTION_FILE_CONFIG);
-  names.fileConfig = {"saver_output.c", "params.bin"};
-  auto header =
-      configOf<KivSaver_Config_t>(KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER);
-  header.writeHeader = 0;
-  ASSERT_EQ(saver.initialize({&names, &header}), 0U);
+  ASSERT_EQ(saver.initialize({filesOption("saver_output.c", "params.bin"),
+                              headerOption(false)}),
+            0U);
   for (const char* bytes : {"abc", "def"})
     EXPECT_EQ(
         saver.api().contextValidateBinary(nullptr, nullptr, nullptr, bytes, 3),

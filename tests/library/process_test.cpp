@@ -4,7 +4,7 @@
 #include <locale>
 #include <thread>
 
-#include "library/client.h"
+#include "library/started_session.h"
 
 // The library within a process: its locale, its end, its logger.
 namespace kiv::test {
@@ -19,7 +19,7 @@ class CommaPunctuation : public std::numpunct<char> {
 
 // Numbers of every kind, named letters beyond ASCII.
 std::string localeSession() {
-  Client c;
+  StartedSession c;
   Kiv_Tensor_t tensor = emptyTensor();
   uint32_t dimensions[] = {1234567};
   tensor.v1.rank = 1;
@@ -50,16 +50,15 @@ TEST(Process, TextIsTheSameInEveryLocale) {
 TEST(Process, MessagesAboveTheLevelAreDropped) {
   const SaverLibrary saver;
   LogCapture log(saver.api(), KIV_LOG_LEVEL_ERROR);
-  KivSaver_Config_t directory{};
-  EXPECT_EQ(saver.initialize({&directory}), 0U);
+  EXPECT_EQ(saver.initialize({directoryOption(nullptr)}), 0U);
   EXPECT_TRUE(log.take().empty());
   saver.api().logSetLogLevel(nullptr, KIV_LOG_LEVEL_WARN);
-  EXPECT_EQ(saver.initialize({&directory}), 0U);
+  EXPECT_EQ(saver.initialize({directoryOption(nullptr)}), 0U);
   EXPECT_EQ(log.take().size(), 1U);
 }
 
 TEST(Process, CallsFromManyThreadsStayWhole) {
-  Client c;
+  StartedSession c;
   std::vector<std::thread> threads;
   for (char letter = 'a'; letter < 'e'; ++letter) {
     threads.emplace_back([&c, letter] {

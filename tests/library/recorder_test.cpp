@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "library/client.h"
+#include "library/started_session.h"
 
 // What recorded calls leave with the client, and texts that the golden session
 // does not have.
@@ -10,7 +10,7 @@ namespace {
 TEST(Recorder, BackendHandlesCountFromOneAndEnd) {
   check({
       {"create, free",
-       [](Client& c) {
+       [](StartedSession& c) {
          Kiv_BackendHandle_t out = nullptr;
          EXPECT_EQ(c.api.backendCreate(kUnknown, nullptr, &out), 0U);
          EXPECT_EQ(c.backend, reinterpret_cast<void*>(1));
@@ -41,7 +41,7 @@ TEST(Recorder, Context) {
   static void* out;
   check({
       {"an empty list is none, handles that may be null",
-       [](Client& c) {
+       [](StartedSession& c) {
          EXPECT_EQ(c.api.contextCreate(nullptr, nullptr,
                                        List<KivContext_Config_t>{}, &out),
                    0U);
@@ -58,7 +58,7 @@ TEST(Recorder, Context) {
                           "binaryBuffer_0, 0)")}),
        ""},
       {"a skipped record leaves nothing but the array",
-       [](Client& c) {
+       [](StartedSession& c) {
          auto custom = configOf<KivContext_Config_t>(0);
          custom.customConfig = kUnknown;
          return c.api.contextSetConfig(c.context, List{custom});
@@ -70,7 +70,7 @@ TEST(Recorder, Context) {
                  validate("contextSetConfig(context_0, context_0_config_0)")}),
        ""},
       {"sizes stay unknown, their variables get counters",
-       [](Client& c) {
+       [](StartedSession& c) {
          Kiv_ContextBinarySize_t size = 7;
          EXPECT_EQ(c.api.contextGetBinarySize(c.context, &size), 4950U);
          EXPECT_EQ(c.api.contextGetBinarySize(c.context, &size), 4950U);
@@ -88,7 +88,7 @@ TEST(Recorder, Context) {
                  "", validate("contextGetBinarySize(context_0, NULL)")}),
        ""},
       {"free: once, and with its graphs",
-       [](Client& c) {
+       [](StartedSession& c) {
          EXPECT_EQ(c.api.contextFree(c.context, c.profile), 0U);
          EXPECT_EQ(c.api.graphFinalize(c.graph, nullptr, nullptr), 6001U);
          return c.api.contextFree(c.context, nullptr);
@@ -99,7 +99,7 @@ TEST(Recorder, Context) {
        recorded({validate("contextFree(context_0, profile_0)")}),
        ""},
       {"free: an unknown profile does not keep the context",
-       [](Client& c) {
+       [](StartedSession& c) {
          EXPECT_EQ(c.api.contextFree(c.context, kUnknown), 12000U);
          return c.api.contextSetConfig(c.context, nullptr);
        },
@@ -110,14 +110,14 @@ TEST(Recorder, Context) {
        ""},
       failing(
           "a null binary that is not empty",
-          [](Client& c) {
+          [](StartedSession& c) {
             return c.api.contextCreateFromBinary(nullptr, nullptr, nullptr,
                                                  nullptr, 1, &out, nullptr);
           },
           5005, kNoBinary),
       failing(
           "a null binary to be validated",
-          [](Client& c) {
+          [](StartedSession& c) {
             return c.api.contextValidateBinary(nullptr, nullptr, nullptr,
                                                nullptr, 1);
           },
@@ -126,7 +126,7 @@ TEST(Recorder, Context) {
 }
 
 TEST(Recorder, ListsAreReportedEmptyAndOtherResultsStay) {
-  Client c;
+  StartedSession c;
   uint32_t count = 7;
   const KivBackend_OperationName_t operation{};
   const auto* operations = &operation;
@@ -157,7 +157,7 @@ TEST(Recorder, ListsAreReportedEmptyAndOtherResultsStay) {
 TEST(Recorder, DevicesStayKnownProfilesDoNot) {
   check({
       {"device",
-       [](Client& c) {
+       [](StartedSession& c) {
          EXPECT_EQ(c.api.deviceFree(c.device), 0U);
          return c.api.deviceFree(c.device);
        },
@@ -167,7 +167,7 @@ TEST(Recorder, DevicesStayKnownProfilesDoNot) {
                  validate("deviceFree(device_0)")}),
        ""},
       {"profile",
-       [](Client& c) {
+       [](StartedSession& c) {
          EXPECT_EQ(c.api.profileFree(c.profile), 0U);
          return c.api.profileFree(c.profile);
        },
@@ -176,7 +176,7 @@ TEST(Recorder, DevicesStayKnownProfilesDoNot) {
        recorded({validate("profileFree(profile_0)")}),
        ""},
       {"profile without backend",
-       [](Client& c) {
+       [](StartedSession& c) {
          Kiv_ProfileHandle_t out = nullptr;
          return c.api.profileCreate(nullptr, 4000000000, &out);
        },

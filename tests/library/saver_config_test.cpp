@@ -4,7 +4,7 @@
 #include <optional>
 #include <regex>
 
-#include "library/client.h"
+#include "library/started_session.h"
 
 // The library's own options.
 namespace kiv::test {
@@ -12,43 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Option = KivSaver_Config_t;
-
-Option option(int id, uint32_t number = 0) {
-  auto result = configOf<Option>(id);
-  result.backendId = number;
-  return result;
-}
-
-// The texts of options belong to the caller.
-Option directoryOption(const char* path) {
-  Option result = option(0);
-  result.outputDirectory = path;
-  return result;
-}
-
-Option fileOption(const char* model, const char* data) {
-  Option result = option(3);
-  result.fileConfig = {model, data};
-  return result;
-}
-
 const Option kDirectory = directoryOption("unused");
-const Option kFiles = fileOption("b.c", "b.bin");
-
-Code initialize(const SaverLibrary& saver, std::vector<Option> options) {
-  switch (options.size()) {
-    case 0:
-      return saver.initialize({});
-    case 1:
-      return saver.initialize({&options[0]});
-    case 2:
-      return saver.initialize({&options[0], &options[1]});
-    default:
-      return saver.initialize(
-          {&options[0], &options[1], &options[2], &options.back()});
-  }
-}
+const Option kFiles = filesOption("b.c", "b.bin");
 
 // What a session records that makes one call.
 void record(const SaverLibrary& saver, uint32_t key) {
@@ -116,26 +81,28 @@ TEST(SaverConfig, WhatIsAllowedBeforeAndAfterTheStart) {
   const TimingRow rows[] = {
       {{}, kFine, kFine},
       {{kDirectory}, kFine, kLateDirectory},
-      {{option(1, 0)}, kFine, kLateStamp},
-      {{option(1, 1), kFiles}, kFine, kLateStamp},
-      {{option(2)}, kFine, kLateBackend},
-      {{kDirectory, option(2, 4)}, kFine, kLateBackend},
-      {{option(4)}, kHeaderAlone, kHeaderAlone},
-      {{option(5, 1), option(4, 1)}, kHeaderAlone, kHeaderAlone},
-      {{option(5)}, kFooterAlone, kFooterAlone},
-      {{option(4), kDirectory}, kHeaderAlone, kLateDirectory},
-      {{option(6)}, kUnknown6, kUnknown6},
-      {{option(4), option(0x7FFFFFFF)}, kUnknownMost, kUnknownMost},
-      {{fileOption(nullptr, "a/b")}, kNullName, kNullName},
-      {{fileOption("a/b", nullptr)}, kNullName, kNullName},
-      {{fileOption("out/model.c", "b")}, kSlash, kSlash},
-      {{fileOption("a", "b\\")}, kSlash, kSlash},
+      {{timeStampOption(false)}, kFine, kLateStamp},
+      {{timeStampOption(true), kFiles}, kFine, kLateStamp},
+      {{backendOption(0)}, kFine, kLateBackend},
+      {{kDirectory, backendOption(4)}, kFine, kLateBackend},
+      {{headerOption(false)}, kHeaderAlone, kHeaderAlone},
+      {{footerOption(true), headerOption(true)}, kHeaderAlone, kHeaderAlone},
+      {{footerOption(false)}, kFooterAlone, kFooterAlone},
+      {{headerOption(false), kDirectory}, kHeaderAlone, kLateDirectory},
+      {{numberOption(6, 0)}, kUnknown6, kUnknown6},
+      {{headerOption(false), numberOption(0x7FFFFFFF, 0)},
+       kUnknownMost,
+       kUnknownMost},
+      {{filesOption(nullptr, "a/b")}, kNullName, kNullName},
+      {{filesOption("a/b", nullptr)}, kNullName, kNullName},
+      {{filesOption("out/model.c", "b")}, kSlash, kSlash},
+      {{filesOption("a", "b\\")}, kSlash, kSlash},
   };
   const auto expectTold = [](const SaverLibrary& saver,
                              const std::vector<Option>& options,
                              const Told& told) {
     LogCapture log(saver.api());
-    EXPECT_EQ(initialize(saver, options), told.code);
+    EXPECT_EQ(saver.initialize(options), told.code);
     std::vector<std::string> messages;
     if (told.message != nullptr)
       messages.push_back("1: " + std::string(told.message));
@@ -160,9 +127,12 @@ TEST(SaverConfig, RefusedCallsChangeNothing) {
   const SaverLibrary saver;
   const std::string other = saver.directory().string() + "_other";
   const Option elsewhere = directoryOption(other.c_str());
-  EXPECT_EQ(initialize(saver, {elsewhere, option(2, 4), option(9)}), 1004U);
-  EXPECT_EQ(initialize(saver, {elsewhere, option(2, 4), option(4, 0)}), 4951U);
-  EXPECT_EQ(initialize(saver, {kFiles, fileOption("a/b", "c")}), 1004U);
+  EXPECT_EQ(saver.initialize({elsewhere, backendOption(4), numberOption(9, 0)}),
+            1004U);
+  EXPECT_EQ(
+      saver.initialize({elsewhere, backendOption(4), headerOption(false)}),
+      4951U);
+  EXPECT_EQ(saver.initialize({kFiles, filesOption("a/b", "c")}), 1004U);
   record(saver, 0);
   EXPECT_EQ(saver.calls(), recordText(0));
   EXPECT_EQ(saver.modelText().find("GPU"), std::string::npos);
@@ -177,7 +147,7 @@ TEST(SaverConfig, MissingDirectoryTextsMeanTheDefault) {
     SaverLibrary saver;
     {
       LogCapture log(saver.api());
-      EXPECT_EQ(initialize(saver, {directoryOption(path)}), 0U);
+      EXPECT_EQ(saver.initialize({directoryOption(path)}), 0U);
       EXPECT_EQ(log.take(),
                 (std::vector<std::string>{
                     "2: " + std::string(path == nullptr ? "NULL" : "Empty") +
@@ -194,7 +164,7 @@ TEST(SaverConfig, MissingDirectoryTextsMeanTheDefault) {
 
 TEST(SaverConfig, TimeStampWinsOverNames) {
   const SaverLibrary saver;
-  ASSERT_EQ(initialize(saver, {option(1, 1), kFiles}), 0U);
+  ASSERT_EQ(saver.initialize({timeStampOption(true), kFiles}), 0U);
   record(saver, 0);
   std::string model;
   std::string data;
@@ -215,7 +185,7 @@ TEST(SaverConfig, TimeStampWinsOverNames) {
 TEST(SaverConfig, BackendChoosesTheHeaders) {
   for (const uint32_t id : {0U, 2U, 3U, 4U}) {
     const SaverLibrary saver;
-    ASSERT_EQ(initialize(saver, {option(2, id)}), 0U);
+    ASSERT_EQ(saver.initialize({backendOption(id)}), 0U);
     record(saver, 0);
     const std::string gpu =
         "#include \"GPU/KivGpuBackend.h\"\n#include \"GPU/KivGpuGraph.h\"\n"
@@ -228,13 +198,13 @@ TEST(SaverConfig, BackendChoosesTheHeaders) {
 }
 
 TEST(SaverConfig, SwitchEndsOneProgramAndBeginsAnother) {
-  Client c;
+  StartedSession c;
   std::optional<LogCapture> log(c.api);
   const std::string directory = c.saver.directory().string() + "_other";
   ASSERT_EQ(c.api.graphFinalize(c.graph, nullptr, nullptr), 0U);
   const std::string first = c.saver.modelText();
-  ASSERT_EQ(initialize(c.saver, {kFiles, directoryOption(directory.c_str()),
-                                 option(2, 4), option(5, 0)}),
+  ASSERT_EQ(c.saver.initialize({kFiles, directoryOption(directory.c_str()),
+                                backendOption(4), footerOption(false)}),
             0U);
   EXPECT_EQ(c.saver.modelText(), first + kFooter);
   const fs::path model = fs::path(directory) / "b.c";
@@ -271,13 +241,13 @@ TEST(SaverConfig, SwitchOntoTheSameFiles) {
   const SaverLibrary saver;
   LogCapture log(saver.api());
   record(saver, 0);
-  const Option same = fileOption("saver_output.c", "params.bin");
-  EXPECT_EQ(initialize(saver, {same}), 0U);
+  const Option same = filesOption("saver_output.c", "params.bin");
+  EXPECT_EQ(saver.initialize({same}), 0U);
   EXPECT_EQ(log.take().size(), 1U);
   record(saver, 1);
   EXPECT_EQ(saver.calls(), recordText(1));
   // Continued without a header nothing is lost.
-  EXPECT_EQ(initialize(saver, {same, option(4, 0)}), 0U);
+  EXPECT_EQ(saver.initialize({same, headerOption(false)}), 0U);
   EXPECT_EQ(log.take().size(), 0U);
   record(saver, 2);
   EXPECT_TRUE(
@@ -289,10 +259,10 @@ TEST(SaverConfig, FailedSwitchCanBeFollowedByOneThatSucceeds) {
   LogCapture log(saver.api());
   record(saver, 0);
   fs::create_directory(saver.directory() / "taken");
-  const Option takenModel = fileOption("taken", "b.bin");
-  const Option takenData = fileOption("b.c", "taken");
+  const Option takenModel = filesOption("taken", "b.bin");
+  const Option takenData = filesOption("b.c", "taken");
   constexpr const char* kCannotOpen = "1: Could not open file: taken";
-  EXPECT_EQ(initialize(saver, {takenModel}), 4999U);
+  EXPECT_EQ(saver.initialize({takenModel}), 4999U);
   EXPECT_EQ(log.take(),
             (std::vector<std::string>{kCannotOpen,
                                       "1: Failure when opening model file"}));
@@ -301,13 +271,13 @@ TEST(SaverConfig, FailedSwitchCanBeFollowedByOneThatSucceeds) {
   EXPECT_EQ(
       log.take(),
       (std::vector<std::string>{"1: Could not write data, FILE* is NULL"}));
-  EXPECT_EQ(initialize(saver, {takenData}), 4999U);
+  EXPECT_EQ(saver.initialize({takenData}), 4999U);
   EXPECT_EQ(log.take(), (std::vector<std::string>{
                             kCannotOpen, "1: Failure when opening data file"}));
   // Back to the first files, the failures between do not hide what is lost.
-  EXPECT_EQ(initialize(saver, {fileOption("saver_output.c", "c.bin")}), 0U);
+  EXPECT_EQ(saver.initialize({filesOption("saver_output.c", "c.bin")}), 0U);
   EXPECT_EQ(log.take().size(), 1U);
-  EXPECT_EQ(initialize(saver, {fileOption("c.c", "d.bin")}), 0U);
+  EXPECT_EQ(saver.initialize({filesOption("c.c", "d.bin")}), 0U);
   record(saver, 2);
   EXPECT_TRUE(readFile(saver.directory() / "c.c").ends_with(recordText(2)));
 }
@@ -318,8 +288,8 @@ TEST(SaverConfig, SeveralSessionsWriteOneProgram) {
   const auto session = [&](uint32_t key, const char* data, bool header,
                            bool footer) {
     const SaverLibrary saver;
-    ASSERT_EQ(initialize(saver, {directoryOption(path.c_str()), kFiles,
-                                 option(4, header), option(5, footer)}),
+    ASSERT_EQ(saver.initialize({directoryOption(path.c_str()), kFiles,
+                                headerOption(header), footerOption(footer)}),
               0U);
     record(saver, key);
     EXPECT_EQ(

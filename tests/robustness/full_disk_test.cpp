@@ -11,7 +11,7 @@
 #include <set>
 
 #include "robustness/in_child.h"
-#include "robustness/replay.h"
+#include "robustness/replayed_calls.h"
 #include "support/file_size_limit.h"
 
 // A disk that fills up costs the calls that did not fit, and no other.
@@ -193,7 +193,7 @@ void limitAtEachSize(std::size_t ahead, std::size_t step) {
     ASSERT_EQ(bytesRead(saver.modelText()), saver.data().size());
     // One recording is replayed for each call that found no room.
     if (!replayed.insert(*caller.refused().begin()).second) continue;
-    Lines found = withoutIds(replay(saver.directory()));
+    Lines found = withoutIds(replayedCalls(saver.directory()));
     if (!found.empty()) found.erase(found.begin());
     EXPECT_EQ(found, withoutIds(caller.withoutLost(calls)));
     if (::testing::Test::HasFailure()) return;
@@ -213,7 +213,7 @@ TEST(FullDisk, DataFileIsFullAtEachByteOfASession) {
 // refers to it; an object that was to be freed is gone; an execution's number
 // is used up.
 TEST(FullDisk, WhatAFailedCallLeavesBehind) {
-  Client c;
+  StartedSession c;
   const std::string text = c.saver.modelText();
   Kiv_Tensor_t tensor = emptyTensor();
   Kiv_ProfileHandle_t profile = c.profile;
@@ -301,7 +301,7 @@ TEST(FullDisk, FileSystemWithoutRoom) {
       });
     }
     saver.unload();
-    Lines found = withoutIds(replay(saver.directory()));
+    Lines found = withoutIds(replayedCalls(saver.directory()));
     if (!found.empty()) found.erase(found.begin());
     EXPECT_EQ(found,
               withoutIds(caller.withoutLost(sessionsOnTracer(kSessions))));

@@ -17,9 +17,9 @@
 #include <random>
 #include <thread>
 
-#include "Saver/KivSaver.h"
 #include "support/child_process.h"
 #include "support/files.h"
+#include "support/options.h"
 #include "support/provider.h"
 #include "support/records.h"
 
@@ -63,16 +63,14 @@ void record(const Api& api, const std::function<void(Code)>& returned) {
 
 void recordInto(const DynamicLibrary& library, const std::string& directory,
                 const std::function<void(Code)>& returned) {
-  KivSaver_Config_t option{};
-  option.option = KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY;
-  option.outputDirectory = directory.c_str();
-  const KivSaver_Config_t* options[] = {&option, nullptr};
-  library.function<KivSaver_InitializeFn_t>("KivSaver_initialize")(options);
+  kiv::test::setOptions(library,
+                        {kiv::test::directoryOption(directory.c_str())});
   record(kiv::test::interfaceOf(library), returned);
 }
 
 // The client that is killed: prints a byte for each call that has returned.
-int runClient(const std::string& library, const std::string& directory) {
+int recordUntilKilled(const std::string& library,
+                      const std::string& directory) {
   const DynamicLibrary loaded(library);
   recordInto(loaded, directory, [](Code code) {
     std::putchar(code == KIV_SUCCESS ? '.' : '!');
@@ -229,6 +227,6 @@ int killAgainAndAgain(char** argv) {
 
 int main(int argc, char** argv) {
   if (argc == 4 && argv[1] == std::string("client"))
-    return runClient(argv[2], argv[3]);
+    return recordUntilKilled(argv[2], argv[3]);
   return argc == 5 ? killAgainAndAgain(argv) : 2;
 }

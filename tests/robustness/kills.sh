@@ -4,11 +4,11 @@
 #
 #   kills.sh PROGRAM SAVER TRACER COMPILER KILLS KEPT
 #
-# For the compiler and the environment see replay.sh.
+# For the compiler and the environment see replay_on_tracer.sh.
 set -euo pipefail
 
 program=$1 saver=$2 tracer=$3 compiler=$4 kills=$5 kept=$6
-replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay.sh
+replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay_on_tracer.sh
 emulator=${KIV_EMULATOR:-}
 drive=${emulator:+Z:}
 work=$(mktemp -d)

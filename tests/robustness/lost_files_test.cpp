@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include "robustness/in_child.h"
-#include "robustness/replay.h"
+#include "robustness/replayed_calls.h"
 
 // Directories and files that are not there, not for us, or taken away.
 namespace kiv::test {
@@ -89,7 +89,8 @@ TEST(LostFiles, ObstaclesAreReportedAndTheNextCallTriesAgain) {
       obstacle.remove(saver.directory());
       EXPECT_EQ(saver.api().propertyHasCapability(2), 0U);
       saver.unload();
-      EXPECT_EQ(replay(saver.directory()), Lines({"propertyHasCapability(2)"}));
+      EXPECT_EQ(replayedCalls(saver.directory()),
+                Lines({"propertyHasCapability(2)"}));
     });
   }
 }
@@ -97,29 +98,27 @@ TEST(LostFiles, ObstaclesAreReportedAndTheNextCallTriesAgain) {
 // Nobody looks whether open files still have names: the calls go on, and a
 // switch to other files makes the directory again.
 TEST(LostFiles, DirectoryIsRemovedWhileRecording) {
-  Client c;
+  StartedSession c;
   fs::remove_all(c.saver.directory());
   char data[] = "abc";
   EXPECT_EQ(c.execute(c.graph, {tensorWithData(data, 3)}), 0U);
-  KivSaver_Config_t files{};
-  files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
-  files.fileConfig = {"saver_output.c", "params.bin"};
-  EXPECT_EQ(c.saver.initialize({&files}), 0U);
+  EXPECT_EQ(c.saver.initialize({filesOption("saver_output.c", "params.bin")}),
+            0U);
   EXPECT_EQ(c.api.propertyHasCapability(1), 0U);
   c.saver.unload();
-  EXPECT_EQ(replay(c.saver.directory()), Lines({"propertyHasCapability(1)"}));
+  EXPECT_EQ(replayedCalls(c.saver.directory()),
+            Lines({"propertyHasCapability(1)"}));
 }
 
 // The same for a model file with something else in its place, which a switch
 // cannot have.
 TEST(LostFiles, ModelFileIsReplacedWhileRecording) {
-  Client c;
+  StartedSession c;
   const fs::path model = c.saver.modelPath();
-  KivSaver_Config_t files{};
-  files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
-  files.fileConfig = {"saver_output.c", "params.bin"};
-  KivSaver_Config_t noHeader{};
-  noHeader.option = KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER;
+  const auto switchFiles = [&](bool header) {
+    return c.saver.initialize(
+        {filesOption("saver_output.c", "params.bin"), headerOption(header)});
+  };
   for (const bool isPipe : {false, true}) {
     SCOPED_TRACE(isPipe);
     fs::remove(model);
@@ -131,22 +130,21 @@ TEST(LostFiles, ModelFileIsReplacedWhileRecording) {
     EXPECT_EQ(c.api.propertyHasCapability(1), 0U);
     LogCapture log(c.api);
     // It is read, to be continued.
-    EXPECT_EQ(c.saver.initialize({&files, &noHeader}), 4999U);
+    EXPECT_EQ(switchFiles(false), 4999U);
     EXPECT_EQ(log.take(), Lines({"1: Could not open file: saver_output.c",
                                  "1: Failure when opening model file"}));
     EXPECT_EQ(c.api.propertyHasCapability(1), 1999U);
     // What somebody reads is taken, but has no program to be continued.
     const int reader = isPipe ? open(model.c_str(), O_RDONLY | O_NONBLOCK) : -1;
-    EXPECT_EQ(c.saver.initialize({&files, &noHeader}), isPipe ? 0U : 4999U);
+    EXPECT_EQ(switchFiles(false), isPipe ? 0U : 4999U);
     fs::remove(model);
-    noHeader.writeHeader = 1;
-    EXPECT_EQ(c.saver.initialize({&files, &noHeader}), 0U);
-    noHeader.writeHeader = 0;
+    EXPECT_EQ(switchFiles(true), 0U);
     close(reader);
   }
   EXPECT_EQ(c.api.propertyHasCapability(2), 0U);
   c.saver.unload();
-  EXPECT_EQ(replay(c.saver.directory()), Lines({"propertyHasCapability(2)"}));
+  EXPECT_EQ(replayedCalls(c.saver.directory()),
+            Lines({"propertyHasCapability(2)"}));
 }
 
 // Files that another process records into are not thrown away.
@@ -175,12 +173,13 @@ TEST(LostFiles, SecondProcessIsKeptFromTheFilesOfTheFirst) {
   int status = 0;
   ASSERT_EQ(waitpid(first, &status, 0), first);
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(replay(saver.directory()),
+  EXPECT_EQ(replayedCalls(saver.directory()),
             Lines({"propertyHasCapability(1)", "propertyHasCapability(2)"}));
   // Now they are there for the taking.
   EXPECT_EQ(saver.api().propertyHasCapability(4), 0U);
   saver.unload();
-  EXPECT_EQ(replay(saver.directory()), Lines({"propertyHasCapability(4)"}));
+  EXPECT_EQ(replayedCalls(saver.directory()),
+            Lines({"propertyHasCapability(4)"}));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "robustness/in_child.h"
-#include "robustness/replay.h"
+#include "robustness/replayed_calls.h"
 #include "support/file_size_limit.h"
 
 // Things in an order that nobody expects.
@@ -50,7 +50,7 @@ TEST(Order, ObjectsAreFreedInAnyOrder) {
   SaverLibrary saver;
   freeInEveryOrder(saver.api());
   saver.unload();
-  EXPECT_EQ(replay(saver.directory()), callsOf(freeInEveryOrder));
+  EXPECT_EQ(replayedCalls(saver.directory()), callsOf(freeInEveryOrder));
 }
 
 // A client may load the library again and again; nothing is left of the last
@@ -58,7 +58,7 @@ TEST(Order, ObjectsAreFreedInAnyOrder) {
 TEST(Order, RecordingsOfOneProcessAreAlike) {
   std::string texts[3];
   for (std::string& text : texts) {
-    Client c;
+    StartedSession c;
     Kiv_LogHandle_t logger = nullptr;
     c.api.logCreate(nullptr, KIV_LOG_LEVEL_ERROR, &logger);
     ASSERT_TRUE(c.saver.unload());
@@ -94,7 +94,7 @@ TEST(Order, ForkedChildLeavesTheRecordingAlone) {
   ASSERT_EQ(saver.api().propertyHasCapability(3), 0U);
   saver.unload();
   EXPECT_TRUE(hasOneFooter(saver.modelText()));
-  EXPECT_EQ(replay(saver.directory()),
+  EXPECT_EQ(replayedCalls(saver.directory()),
             Lines({"propertyHasCapability(1)", "propertyHasCapability(3)"}));
 }
 
@@ -105,10 +105,8 @@ TEST(Order, ForkedChildDoesNotKeepTheFiles) {
   const pid_t child = fork();
   if (child == 0)
     for (;;) pause();
-  KivSaver_Config_t files{};
-  files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
-  files.fileConfig = {"saver_output.c", "params.bin"};
-  EXPECT_EQ(saver.initialize({&files}), 0U);
+  EXPECT_EQ(saver.initialize({filesOption("saver_output.c", "params.bin")}),
+            0U);
   EXPECT_EQ(kill(child, SIGKILL), 0);
   EXPECT_EQ(waitpid(child, nullptr, 0), child);
 }
@@ -147,7 +145,7 @@ TEST(Order, ChildForkedBeforeTheFirstCallRecords) {
             }),
             0);
   EXPECT_TRUE(hasOneFooter(saver.modelText()));
-  EXPECT_EQ(replay(saver.directory()).size(), 1U);
+  EXPECT_EQ(replayedCalls(saver.directory()).size(), 1U);
 }
 
 constexpr auto kNoLimit = static_cast<std::size_t>(-1);
@@ -170,7 +168,8 @@ TEST(Order, CallbackExitsTheProcess) {
             }),
             5);
   EXPECT_TRUE(hasOneFooter(saver.modelText()));
-  EXPECT_EQ(replay(saver.directory()), Lines({"propertyHasCapability(1)"}));
+  EXPECT_EQ(replayedCalls(saver.directory()),
+            Lines({"propertyHasCapability(1)"}));
 }
 
 // The message tells of a call that was written in part, which must not be what
@@ -196,7 +195,7 @@ TEST(Order, CallbackExitsInTheMidstOfAWrite) {
                 return 0;
               }),
               5);
-    EXPECT_EQ(replay(saver.directory()).size(), 1U);
+    EXPECT_EQ(replayedCalls(saver.directory()).size(), 1U);
     EXPECT_EQ(bytesRead(saver.modelText()), saver.data().size());
   }
 }
@@ -219,7 +218,8 @@ TEST(Order, ExitBesideACallThatHangs) {
             }),
             5);
   EXPECT_TRUE(hasOneFooter(saver.modelText()));
-  EXPECT_EQ(replay(saver.directory()), Lines({"propertyHasCapability(1)"}));
+  EXPECT_EQ(replayedCalls(saver.directory()),
+            Lines({"propertyHasCapability(1)"}));
 }
 
 // A client that tidies up when something fails does it from here, too: after a
@@ -228,7 +228,7 @@ TEST(Order, CallbackMakesRecordedCalls) {
   for (const bool writeFails : {false, true}) {
     SCOPED_TRACE(writeFails);
     expectInChild([&] {
-      Client c;
+      StartedSession c;
       c.api.logCreate(callback, KIV_LOG_LEVEL_WARN, nullptr);
       Code tidied = 1;
       onMessage = [&] {
@@ -244,7 +244,7 @@ TEST(Order, CallbackMakesRecordedCalls) {
       }
       EXPECT_EQ(tidied, 0U);
       c.saver.unload();
-      EXPECT_EQ(replay(c.saver.directory()).size(), 6U);
+      EXPECT_EQ(replayedCalls(c.saver.directory()).size(), 6U);
     });
   }
 }
@@ -257,13 +257,9 @@ TEST(Order, ClientClosesAllDescriptors) {
     const bool callsBetween = choice % 2 == 0;
     expectInChild([&] {
       SaverLibrary saver;
-      KivSaver_Config_t files{};
-      files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
-      files.fileConfig = {"a.c", "a.bin"};
-      KivSaver_Config_t footer{};
-      footer.option = KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER;
-      footer.writeFooter = writeFooter ? 1 : 0;
-      EXPECT_EQ(saver.initialize({&files, &footer}), 0U);
+      const std::vector<Option> files = {filesOption("a.c", "a.bin"),
+                                         footerOption(writeFooter)};
+      EXPECT_EQ(saver.initialize(files), 0U);
       EXPECT_EQ(saver.api().propertyHasCapability(1), 0U);
       closefrom(3);
       // Its own files get the lowest numbers now.
@@ -272,9 +268,9 @@ TEST(Order, ClientClosesAllDescriptors) {
       for (int i = 3; i < 10; ++i) EXPECT_EQ(open(own.c_str(), O_RDWR), i);
       // The old files cannot be ended as they should.
       EXPECT_EQ(callsBetween ? saver.api().propertyHasCapability(1)
-                             : saver.initialize({&files, &footer}),
+                             : saver.initialize(files),
                 callsBetween ? 1999U : 4999U);
-      EXPECT_EQ(saver.initialize({&files, &footer}), 0U);
+      EXPECT_EQ(saver.initialize(files), 0U);
       EXPECT_EQ(readFile(own), "client's");
       EXPECT_EQ(lseek(9, 0, SEEK_CUR), 0) << "it is still open";
       EXPECT_EQ(saver.api().propertyHasCapability(2), 0U);
@@ -304,9 +300,7 @@ TEST(Order, ExitWritesTheFooterAndLateCallsAreRefused) {
               static const auto* saver = new SaverLibrary;
               std::filesystem::remove(saver->directory().parent_path());
               const std::string path = temp.path().string();
-              KivSaver_Config_t directory{};
-              directory.outputDirectory = path.c_str();
-              saver->initialize({&directory});
+              saver->initialize({directoryOption(path.c_str())});
               exitingApi = &saver->api();
               createObjects(*exitingApi);
               std::atexit([] { exitingApi->propertyHasCapability(1); });
@@ -336,7 +330,7 @@ TEST(Order, CallbackMayCallTheLoggerAndGetsRawFormats) {
       inChild([] {
         std::vector<std::string> formats;
         callbackFormats = &formats;
-        Client c;
+        StartedSession c;
         callbackApi = &c.api;
         Kiv_LogHandle_t logger = nullptr;
         c.api.logCreate(reenter, KIV_LOG_LEVEL_WARN, &logger);

@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "robustness/in_child.h"
-#include "robustness/replay.h"
+#include "robustness/replayed_calls.h"
 
 // Many threads record at once.
 namespace kiv::test {
@@ -224,7 +224,7 @@ TEST(Threads, EachThreadsCallsAreReplayedInItsOrderWithItsBytes) {
   SaverLibrary saver;
   runWorkers(saver.api(), true);
   ASSERT_TRUE(saver.unload());
-  const Lines calls = replay(saver.directory());
+  const Lines calls = replayedCalls(saver.directory());
   const TraceByThread replayed(calls);
   ASSERT_EQ(replayed.calls().size(), kThreads + 1U);
   EXPECT_EQ(replayed.calls(), expected.calls());
@@ -237,7 +237,7 @@ TEST(Threads, EachThreadsCallsAreReplayedInItsOrderWithItsBytes) {
 // with its bytes beside it.
 TEST(Threads, SwitchesOfFilesLeaveCallsWhole) {
   constexpr int kSwitches = 30;
-  Client c;
+  StartedSession c;
   std::atomic<bool> stop = false;
   std::atomic<int> executions = 0;
   std::vector<std::thread> threads;
@@ -257,10 +257,9 @@ TEST(Threads, SwitchesOfFilesLeaveCallsWhole) {
       std::this_thread::yield();
     names.push_back(std::to_string(i) + ".c");
     const std::string data = names.back() + ".bin";
-    KivSaver_Config_t files{};
-    files.option = KIV_SAVER_CONFIG_OPTION_FILE_CONFIG;
-    files.fileConfig = {names.back().c_str(), data.c_str()};
-    EXPECT_EQ(c.saver.initialize({&files}), 0U);
+    EXPECT_EQ(
+        c.saver.initialize({filesOption(names.back().c_str(), data.c_str())}),
+        0U);
   }
   stop = true;
   for (std::thread& thread : threads) thread.join();
@@ -306,7 +305,7 @@ TEST(Threads, TheLastOfTwoReferencesEndsTheRecording) {
   second.join();
   EXPECT_EQ(dlopen(KIV_SAVER_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
   EXPECT_EQ(countOf(saver.modelText(), "fclose(fp)"), 1U);
-  EXPECT_EQ(replay(saver.directory()).size(), 100U);
+  EXPECT_EQ(replayedCalls(saver.directory()).size(), 100U);
 }
 
 // A client ends while its threads go on calling, and one logs.
@@ -336,7 +335,7 @@ TEST(Threads, ExitInTheMidstOfCallsOfOtherThreadsEndsTheRecording) {
   const std::string text = saver.modelText();
   EXPECT_TRUE(text.ends_with("0 : error;\n}\n"));
   EXPECT_EQ(countOf(text, "fclose(fp)"), 1U);
-  EXPECT_EQ(replay(saver.directory()).size(),
+  EXPECT_EQ(replayedCalls(saver.directory()).size(),
             countOf(text, "propertyHasCapability("));
 }
 
@@ -360,7 +359,7 @@ TEST(Threads, CancelledThreadsLeaveCallsWhole) {
     EXPECT_EQ(result, PTHREAD_CANCELED);
   }
   saver.unload();
-  EXPECT_EQ(replay(saver.directory()).size(),
+  EXPECT_EQ(replayedCalls(saver.directory()).size(),
             countOf(saver.modelText(), "propertyHasCapability("));
 }
 

@@ -1,7 +1,5 @@
 #include "support/saver_library.h"
 
-#include <vector>
-
 #include "support/provider.h"
 
 namespace kiv::test {
@@ -19,20 +17,8 @@ constexpr const char* kFooterStart =
 SaverLibrary::SaverLibrary()
     : directory_(temp_.path() / "recording"), library_(KIV_SAVER_LIBRARY) {
   provider_ = &providerOf(library_);
-  initialize_ =
-      library_.function<KivSaver_InitializeFn_t>("KivSaver_initialize");
   const std::string text = directory_.string();
-  KivSaver_Config_t option{};
-  option.option = KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY;
-  option.outputDirectory = text.c_str();
-  initialize({&option});
-}
-
-Kiv_ErrorHandle_t SaverLibrary::initialize(
-    std::initializer_list<const KivSaver_Config_t*> options) const {
-  std::vector<const KivSaver_Config_t*> list(options);
-  list.push_back(nullptr);
-  return initialize_(list.data());
+  initialize({directoryOption(text.c_str())});
 }
 
 std::filesystem::path SaverLibrary::modelPath() const {

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <filesystem>
-#include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "KivInterface.h"
-#include "Saver/KivSaver.h"
 #include "support/dynamic_library.h"
 #include "support/files.h"
+#include "support/options.h"
 
 namespace kiv::test {
 
@@ -29,8 +29,9 @@ class SaverLibrary {
   const KivInterface_Implementation_t& api() const {
     return provider_->KIV_INTERFACE_VER_NAME;
   }
-  Kiv_ErrorHandle_t initialize(
-      std::initializer_list<const KivSaver_Config_t*> options) const;
+  Kiv_ErrorHandle_t initialize(const std::vector<Option>& options) const {
+    return setOptions(library_, options);
+  }
 
   // Where the recording goes; does not exist before the first call.
   const std::filesystem::path& directory() const { return directory_; }
@@ -50,7 +51,6 @@ class SaverLibrary {
   std::filesystem::path directory_;
   DynamicLibrary library_;
   const KivInterface_t* provider_ = nullptr;
-  KivSaver_InitializeFn_t initialize_ = nullptr;
 };
 
 }  // namespace kiv::test

@@ -8,8 +8,8 @@
 #include <string>
 #include <thread>
 
-#include "Saver/KivSaver.h"
 #include "support/files.h"
+#include "support/options.h"
 #include "support/provider.h"
 #include "support/records.h"
 
@@ -19,11 +19,7 @@ using kiv::test::DynamicLibrary;
 using Api = KivInterface_Implementation_t;
 
 const Api& record(const DynamicLibrary& library, const char* directory) {
-  KivSaver_Config_t option{};
-  option.option = KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY;
-  option.outputDirectory = directory;
-  const KivSaver_Config_t* options[] = {&option, nullptr};
-  library.function<KivSaver_InitializeFn_t>("KivSaver_initialize")(options);
+  kiv::test::setOptions(library, {kiv::test::directoryOption(directory)});
   const Api& api = kiv::test::interfaceOf(library);
   kiv::test::createObjects(api);
   return api;

@@ -1,4 +1,4 @@
-#include "hostile/random_client.h"
+#include "hostile/random_caller.h"
 
 #include <algorithm>
 
@@ -8,13 +8,13 @@ namespace {
 using Ids = std::vector<std::uint32_t>;
 
 // Neither freed nor in something that was.
-bool isThere(const RandomClient::Object* object) {
+bool isThere(const RandomCaller::Object* object) {
   while (object != nullptr && !object->isFreed) object = object->owner;
   return object == nullptr;
 }
 
 // Of the tensors that can be seen in an object.
-Ids idsOf(const RandomClient::Object* object) {
+Ids idsOf(const RandomCaller::Object* object) {
   Ids ids;
   for (; object != nullptr; object = object->owner)
     ids.insert(ids.end(), object->ids.begin(), object->ids.end());
@@ -32,13 +32,13 @@ std::span<const std::uint8_t> randomBinary(Source& source,
 
 // `o` is the object that the call is made with, `handle` its handle.
 #define KIV_CALL(function, ...) \
-#function, [](RandomClient& c, [[maybe_unused]] Object* o,                 \
+#function, [](RandomCaller& c, [[maybe_unused]] Object* o,                 \
                 [[maybe_unused]] void* handle) {                             \
     [[maybe_unused]] RandomRecords& r = c.records_;                          \
     return c.api_.function(__VA_ARGS__);                                     \
   }
 
-std::span<const RandomClient::Call> RandomClient::fairCalls() {
+std::span<const RandomCaller::Call> RandomCaller::fairCalls() {
   static constexpr Call kCalls[] = {
       {kNone, kNone, KIV_CALL(propertyHasCapability, r.border())},
       {kNone, kBackend,
@@ -91,7 +91,7 @@ std::span<const RandomClient::Call> RandomClient::fairCalls() {
       {kContext, kNone, KIV_CALL(contextSetConfig, handle, r.configs())},
       {kContext, kNone, KIV_CALL(contextGetBinarySize, handle, c.wanted())},
       {kContext, kNone, "contextGetBinary",
-       [](RandomClient& c, Object*, void* handle) {
+       [](RandomCaller& c, Object*, void* handle) {
          const std::uint32_t room = c.source_.below(64);
          Kiv_ContextBinarySize_t size = 0;
          return c.api_.contextGetBinary(
@@ -112,7 +112,7 @@ std::span<const RandomClient::Call> RandomClient::fairCalls() {
        KIV_CALL(graphRetrieve, handle, c.graphName(o, false), c.newHandle())},
       {kGraph, kNone, KIV_CALL(graphAddNode, handle, r.make<Kiv_OpConfig_t>())},
       {kGraph, kNone, "graphExecute",
-       [](RandomClient& c, Object*, void* handle) {
+       [](RandomCaller& c, Object*, void* handle) {
          Kiv_Tensor_t* inputs = nullptr;
          Kiv_Tensor_t* outputs = nullptr;
          const std::uint32_t numInputs = c.records_.array(inputs, 3);
@@ -128,7 +128,7 @@ std::span<const RandomClient::Call> RandomClient::fairCalls() {
 }
 
 // Slots that are not offered read nothing, or the first word of a record.
-std::span<const RandomClient::Call> RandomClient::hostileCalls() {
+std::span<const RandomCaller::Call> RandomCaller::hostileCalls() {
   static constexpr Call kCalls[] = {
       {kNone, kNone, KIV_CALL(backendGetApiVersion, c.wanted())},
       {kNone, kNone, KIV_CALL(backendGetBuildId, c.wanted())},
@@ -152,7 +152,7 @@ std::span<const RandomClient::Call> RandomClient::hostileCalls() {
 }
 
 // Half of the calls are of those at the table's end.
-void RandomClient::step() {
+void RandomCaller::step() {
   const std::span<const Call> calls = fairCalls();
   if (hostile_ && source_.oneIn(12)) return make(source_.oneOf(hostileCalls()));
   make(source_.oneOf(source_.oneIn(2) ? calls.last(7) : calls));
@@ -160,7 +160,7 @@ void RandomClient::step() {
 
 // A recorder has no binary to give; its size and bytes are recorded all the
 // same. Tensors are new when they are created, and refer to others later.
-void RandomClient::make(const Call& call) {
+void RandomCaller::make(const Call& call) {
   Object* object = pick(call.with);
   const bool needsObject = call.with != kNone && call.with != kData;
   if (needsObject && object == nullptr)
@@ -179,7 +179,7 @@ void RandomClient::make(const Call& call) {
     objects_.push_back({call.creates, created_, object});
 }
 
-RandomClient::Object* RandomClient::pick(Kind kind) {
+RandomCaller::Object* RandomCaller::pick(Kind kind) {
   std::vector<Object*> candidates;
   for (Object& object : objects_)
     if (object.kind == kind && (hostile_ || isThere(&object)))
@@ -187,7 +187,7 @@ RandomClient::Object* RandomClient::pick(Kind kind) {
   return candidates.empty() ? nullptr : source_.oneOf(candidates);
 }
 
-void* RandomClient::handleOf(const Object* object) {
+void* RandomCaller::handleOf(const Object* object) {
   const std::uint32_t choice = hostile_ ? source_.below(24) : 0;
   if (choice == 1) return nullptr;
   if (choice == 2) return source_.number<void*>();
@@ -197,11 +197,11 @@ void* RandomClient::handleOf(const Object* object) {
   return object == nullptr ? nullptr : object->handle;
 }
 
-void* RandomClient::optional(Kind kind) {
+void* RandomCaller::optional(Kind kind) {
   return source_.oneIn(3) ? nullptr : handleOf(pick(kind));
 }
 
-const char* RandomClient::graphName(Object* owner, bool isNew) {
+const char* RandomCaller::graphName(Object* owner, bool isNew) {
   while (owner->owner != nullptr) owner = owner->owner;
   const bool isKnown = !names_.empty() && source_.oneIn(4);
   std::string name = isKnown ? source_.oneOf(names_) : records_.text();

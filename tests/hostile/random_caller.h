@@ -11,11 +11,11 @@
 
 namespace kiv::test {
 
-// A client whose calls are made of what a source of bytes tells. A fair one
-// makes only calls that are right, by its own book of handles and names; each
-// must succeed. A hostile one uses handles that were freed, of other kinds or
-// made up, null where it must not be, and hostile records.
-class RandomClient {
+// Makes random calls, chosen by a source of bytes. A fair caller makes only
+// calls that are right, by its own book of handles and names; each must
+// succeed. A hostile one uses handles that were freed, of other kinds or made
+// up, null where it must not be, and hostile records.
+class RandomCaller {
  public:
   enum class Manner { kFair, kHostile };
   // The last one is a binary that a call takes, or a tensor that it creates.
@@ -37,19 +37,19 @@ class RandomClient {
     Kind with;
     Kind creates;
     const char* name;
-    Kiv_ErrorHandle_t (*make)(RandomClient& client, Object* object,
+    Kiv_ErrorHandle_t (*make)(RandomCaller& caller, Object* object,
                               void* handle);
     bool frees = false;
   };
 
-  RandomClient(const KivInterface_Implementation_t& api, Source& source,
+  RandomCaller(const KivInterface_Implementation_t& api, Source& source,
                Manner manner)
       : api_(api),
         source_(source),
         hostile_(manner == Manner::kHostile),
         records_(source, hostile_) {}
 
-  // A fair client can make these.
+  // A fair caller can make these.
   static std::span<const Call> fairCalls();
   // Makes one call, or the one that creates what another needs.
   void step();
@@ -60,9 +60,9 @@ class RandomClient {
   static std::span<const Call> hostileCalls();
   void make(const Call& call);
 
-  // An object that is there, or was if the client is hostile; null if none is.
+  // An object that is there, or was if the caller is hostile; null if none is.
   Object* pick(Kind kind);
-  // The object's handle, or whatever a hostile client takes for one.
+  // The object's handle, or whatever a hostile caller takes for one.
   void* handleOf(const Object* object);
   void* optional(Kind kind);
   // Null where that is wrong.
@@ -72,11 +72,11 @@ class RandomClient {
   }
   // Room for a result of the type that is asked for; null where that is right.
   struct Room {
-    RandomClient& client;
+    RandomCaller& caller;
     template <typename Result>
     operator Result*() const {
-      if (client.source_.oneIn(4)) return nullptr;
-      return client.records_.keep(Result{});
+      if (caller.source_.oneIn(4)) return nullptr;
+      return caller.records_.keep(Result{});
     }
   };
   Room wanted() { return {*this}; }
@@ -89,7 +89,7 @@ class RandomClient {
   const void* binary() { return orNull(binary_.data()); }
   void** newHandle() { return orNull(&created_); }
   Kiv_Tensor_t* newTensor() { return orNull(&tensor_); }
-  // One of the names that there are, or another; a fair client's new ones are
+  // One of the names that there are, or another; a fair caller's new ones are
   // new in the owner's context.
   const char* graphName(Object* owner, bool isNew);
 

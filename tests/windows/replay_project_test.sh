@@ -2,7 +2,7 @@
 # The smallest client's recording, cross-compiled through the replay project,
 # makes the client's calls. A large recording finds stack enough.
 #
-#   replay.sh TREE RUNNER CLIENT SAVER TRACER CONFIGURE_OPTION...
+#   replay_project_test.sh TREE RUNNER CLIENT SAVER TRACER CONFIGURE_OPTION...
 set -euo pipefail
 tree=$1 runner=$2 client=$3 saver=$4 tracer=$5
 shift 5

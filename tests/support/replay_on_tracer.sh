@@ -2,7 +2,7 @@
 # Compiles a recording and replays it on Tracer, which writes its calls to a
 # file.
 #
-#   replay.sh TRACER COMPILER MODEL_FILE TRACE
+#   replay_on_tracer.sh TRACER COMPILER MODEL_FILE TRACE
 #
 # A compiler may carry flags ("gcc -fsanitize=thread"). Of the environment:
 # KIV_COMPLETE_RECORDING, a program that first completes the recording if it has

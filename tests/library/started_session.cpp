@@ -1,4 +1,4 @@
-#include "library/client.h"
+#include "library/started_session.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 namespace kiv::test {
 
-Client::Client() {
+StartedSession::StartedSession() {
   api.backendCreate(nullptr, nullptr, &backend);
   api.deviceCreate(nullptr, nullptr, &device);
   api.profileCreate(backend, 1, &profile);
@@ -15,15 +15,15 @@ Client::Client() {
   newText();
 }
 
-Code Client::execute(Kiv_GraphHandle_t executed,
-                     std::vector<Kiv_Tensor_t> inputs,
-                     Kiv_ProfileHandle_t profiled) const {
+Code StartedSession::execute(Kiv_GraphHandle_t executed,
+                             std::vector<Kiv_Tensor_t> inputs,
+                             Kiv_ProfileHandle_t profiled) const {
   return api.graphExecute(executed, inputs.data(),
                           static_cast<uint32_t>(inputs.size()), nullptr, 0,
                           profiled, nullptr);
 }
 
-std::string Client::grown(const std::string& now, std::size_t& seen) {
+std::string StartedSession::grown(const std::string& now, std::size_t& seen) {
   const std::size_t before = std::exchange(seen, now.size());
   return now.size() < before ? "(the file has shrunk)" : now.substr(before);
 }
@@ -31,17 +31,17 @@ std::string Client::grown(const std::string& now, std::size_t& seen) {
 void check(const std::vector<Row>& rows) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
-    Client client;
-    LogCapture log(client.api);
-    EXPECT_EQ(row.call(client), row.code);
+    StartedSession session;
+    LogCapture log(session.api);
+    EXPECT_EQ(row.call(session), row.code);
     EXPECT_EQ(log.take(), row.messages);
-    EXPECT_EQ(client.newText(), row.text);
-    EXPECT_EQ(client.newData(), row.data);
+    EXPECT_EQ(session.newText(), row.text);
+    EXPECT_EQ(session.newData(), row.data);
   }
 }
 
-Row failing(const char* what, std::function<Code(Client&)> call, Code code,
-            const std::string& message) {
+Row failing(const char* what, std::function<Code(StartedSession&)> call,
+            Code code, const std::string& message) {
   return {what, std::move(call), code, {"1: " + message}, "", ""};
 }
 

@@ -17,6 +17,6 @@ using ClientBody = std::function<bool(const KivInterface_Implementation_t& api,
 //
 // as the ONNX client does, so that the same scripts compare it. A recorder
 // records for the GPU backend.
-int runClient(int argc, char** argv, const ClientBody& body);
+int clientMain(int argc, char** argv, const ClientBody& body);
 
 }  // namespace kiv::test

@@ -3,16 +3,16 @@
 # compiler, replays it on Tracer and compares the calls with those of the client
 # running on Tracer itself.
 #
-#   compare_client.sh CLIENT SAVER TRACER ARGUMENT COMPILER...
+#   compare_calls.sh CLIENT SAVER TRACER ARGUMENT COMPILER...
 #
-# For compilers and the environment see replay.sh. Ends with 0 when every replay
+# For compilers and the environment see replay_on_tracer.sh. Ends with 0 when every replay
 # makes the client's calls, 77 when the client does not accept the network, 1
 # otherwise.
 set -euo pipefail
 
 client=$1 saver=$2 tracer=$3 argument=$4
 shift 4
-replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay.sh
+replay=$(cd "$(dirname "${BASH_SOURCE[0]}")/../support" && pwd)/replay_on_tracer.sh
 emulator=${KIV_EMULATOR:-}
 drive=${emulator:+Z:}
 work=$(mktemp -d)

@@ -1,7 +1,7 @@
 #!/bin/sh
 # The client as a user runs it: calls, determinism, and failures that end it
 # with one line and status 1.
-# Usage: client_test.sh CLIENT TRACER REFUSING_BACKEND MODEL SUBGRAPHS
+# Usage: onnx_client_test.sh CLIENT TRACER REFUSING_BACKEND MODEL SUBGRAPHS
 client=$1 tracer=$2 refusing=$3 model=$4 subgraphs=$5
 
 work=$(mktemp -d)

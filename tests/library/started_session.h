@@ -18,11 +18,11 @@ using Code = Kiv_ErrorHandle_t;
 // A handle that no object has.
 inline void* const kUnknown = reinterpret_cast<void*>(0x1234);
 
-// A client with one object of each kind: backend_0, device_0, profile_0,
+// A session with one object of each kind: backend_0, device_0, profile_0,
 // context_0, and a graph g in that.
-class Client {
+class StartedSession {
  public:
-  Client();
+  StartedSession();
 
   SaverLibrary saver;
   const Api& api = saver.api();
@@ -49,10 +49,10 @@ class Client {
   std::size_t dataSeen_ = 0;
 };
 
-// One call of a client of its own, and what it comes to.
+// One call in a session of its own, and what it comes to.
 struct Row {
   const char* what;
-  std::function<Code(Client&)> call;
+  std::function<Code(StartedSession&)> call;
   Code code;
   std::vector<std::string> messages;
   std::string text;
@@ -61,8 +61,8 @@ struct Row {
 void check(const std::vector<Row>& rows);
 
 // A row that fails with one error message and writes nothing.
-Row failing(const char* what, std::function<Code(Client&)> call, Code code,
-            const std::string& message);
+Row failing(const char* what, std::function<Code(StartedSession&)> call,
+            Code code, const std::string& message);
 
 // The text of a recorded call: its lines, indented, and a blank line.
 std::string recorded(std::initializer_list<std::string> lines);

@@ -1,5 +1,5 @@
 #!/bin/sh
-# replay_test.sh SOURCE_TREE BACKEND C_COMPILER C_FLAGS WORK_DIRECTORY
+# replay_project_test.sh SOURCE_TREE BACKEND C_COMPILER C_FLAGS WORK_DIRECTORY
 #
 # Builds and runs recordings through the replay project as a user does. The
 # backend prints its calls and refuses the one that KIV_REFUSE names.

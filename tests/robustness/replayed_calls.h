@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "KivInterface.h"
-#include "library/client.h"
+#include "library/started_session.h"
 
 namespace kiv::test {
 
@@ -20,12 +20,12 @@ inline constexpr bool kFewerRuns = true;
 inline constexpr bool kFewerRuns = false;
 #endif
 
-// The calls that a client makes, as Tracer prints them.
-Lines callsOf(const std::function<void(const Api&)>& client);
+// The calls of a session, as Tracer prints them.
+Lines callsOf(const std::function<void(const Api&)>& session);
 
 // The calls of a recording: compiled, completed first if it has no end, and
 // replayed on Tracer. A failure fails the test.
-Lines replay(const std::filesystem::path& recording);
+Lines replayedCalls(const std::filesystem::path& recording);
 
 // How Tracer prints data.
 std::string dataText(const std::string& bytes);

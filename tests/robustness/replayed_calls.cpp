@@ -1,4 +1,4 @@
-#include "robustness/replay.h"
+#include "robustness/replayed_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -21,18 +21,18 @@ Lines linesOf(const std::filesystem::path& path) {
 
 }  // namespace
 
-Lines callsOf(const std::function<void(const Api&)>& client) {
+Lines callsOf(const std::function<void(const Api&)>& session) {
   const TempDirectory temp;
   const auto trace = temp.path() / "trace";
   setenv("KIV_TRACER_OUTPUT", trace.c_str(), 1);
   {
     const DynamicLibrary library(KIV_TRACER_LIBRARY);
-    client(interfaceOf(library));
+    session(interfaceOf(library));
   }
   return linesOf(trace);
 }
 
-Lines replay(const std::filesystem::path& recording) {
+Lines replayedCalls(const std::filesystem::path& recording) {
   const TempDirectory temp;
   const std::filesystem::path trace = temp.path() / "trace";
   const std::filesystem::path log = temp.path() / "log";
