@@ -94,7 +94,7 @@ class Session {
 
   static void setDirectory() {
     KivSaver_Config_t option{};
-    setEnum(option.option, KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY);
+    setNumber(option.option, KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY);
     option.outputDirectory = directory().c_str();
     std::array<const KivSaver_Config_t*, 2> list = {&option, nullptr};
     KivSaver_initialize(list.data());
@@ -123,7 +123,7 @@ class Session {
     for (std::uint32_t i = 0; i < count; ++i) {
       KivSaver_Config_t& option = options[i];
       const std::uint32_t tag = source_.below(7);
-      setEnum(option.option, tag == 6 ? 0xFFFFFFFF : tag);
+      setNumber(option.option, tag == 6 ? 0xFFFFFFFF : tag);
       if (tag == KIV_SAVER_CONFIG_OPTION_FILE_CONFIG)
         option.fileConfig = {fileName(), fileName()};
       else if (tag == KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY)
@@ -137,7 +137,7 @@ class Session {
 
   void callLogger() {
     KivLog_Level_t level{};
-    setEnum(level, source_.below(3));
+    setNumber(level, source_.below(3));
     Kiv_LogHandle_t handle = nullptr;
     switch (source_.below(3)) {
       case 0:

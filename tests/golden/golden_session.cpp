@@ -2,36 +2,13 @@
 
 #include <array>
 #include <cstddef>
-#include <initializer_list>
 
 #include "GPU/KivGpuContext.h"
 #include "GPU/KivGpuGraph.h"
+#include "support/configs.h"
 
 namespace kiv::test {
 namespace {
-
-// A config with one member of its union set.
-template <typename Config, typename Value>
-Config make(int option, Value Config::*member, Value value) {
-  Config config{};
-  config.option = static_cast<decltype(config.option)>(option);
-  config.*member = value;
-  return config;
-}
-
-template <typename Config>
-class List {
- public:
-  List(std::initializer_list<Config> configs) : configs_(configs) {
-    for (const Config& config : configs_) pointers_.push_back(&config);
-    pointers_.push_back(nullptr);
-  }
-  operator const Config**() { return pointers_.data(); }
-
- private:
-  std::vector<Config> configs_;
-  std::vector<const Config*> pointers_;
-};
 
 constexpr Kiv_ErrorConfig_t kErrors = {KIV_ERROR_REPORTING_LEVEL_DETAILED, 64};
 
@@ -97,10 +74,10 @@ class Session {
 void Session::backends() {
   using Config = KivBackend_Config_t;
   List<Config> configs = {
-      make(0, &Config::customConfig, static_cast<void*>(nullptr)),
-      make(1, &Config::errorConfig, kErrors),
-      make(2, &Config::platformOption, "key:value"),
-      make(2, &Config::platformOption, static_cast<const char*>(nullptr))};
+      configOf(0, &Config::customConfig, static_cast<void*>(nullptr)),
+      configOf(1, &Config::errorConfig, kErrors),
+      configOf(2, &Config::platformOption, "key:value"),
+      configOf(2, &Config::platformOption, static_cast<const char*>(nullptr))};
   note(api_.backendCreate(nullptr, configs, &backend_));
   note(api_.backendCreate(nullptr, nullptr, &plainBackend_));
   note(api_.backendSetConfig(backend_, configs));
@@ -141,9 +118,10 @@ void Session::devices() {
   KivDevice_PlatformInfo_t* const noPlatform = nullptr;
   note(api_.deviceCreate(
       nullptr,
-      List<Config>{make(1, &Config::hardwareInfo, &platform),
-                   make(1, &Config::hardwareInfo, noPlatform),
-                   make(0, &Config::customConfig, static_cast<void*>(nullptr))},
+      List<Config>{
+          configOf(1, &Config::hardwareInfo, &platform),
+          configOf(1, &Config::hardwareInfo, noPlatform),
+          configOf(0, &Config::customConfig, static_cast<void*>(nullptr))},
       &device_));
   note(api_.deviceSetConfig(device_, nullptr));
   note(api_.deviceGetInfo(device_, &info));
@@ -153,33 +131,35 @@ void Session::devices() {
 void Session::contexts() {
   using Config = KivContext_Config_t;
   using Gpu = KivGpuContext_CustomConfig_t;
-  Gpu hint = make(0, &Gpu::perfHint, KIV_GPU_CONTEXT_PERF_HINT_LOW);
-  Gpu buffers = make(1, &Gpu::useGLBuffers, uint8_t{1});
-  Gpu kernels = make(2, &Gpu::kernelRepoDir, "/tmp/kernels");
-  Gpu invalid = make(3, &Gpu::invalidateKernelRepo, uint8_t{1});
-  Gpu unknown = make(7, &Gpu::useGLBuffers, uint8_t{1});
+  Gpu hint = configOf(0, &Gpu::perfHint, KIV_GPU_CONTEXT_PERF_HINT_LOW);
+  Gpu buffers = configOf(1, &Gpu::useGLBuffers, uint8_t{1});
+  Gpu kernels = configOf(2, &Gpu::kernelRepoDir, "/tmp/kernels");
+  Gpu invalid = configOf(3, &Gpu::invalidateKernelRepo, uint8_t{1});
+  Gpu unknown = configOf(7, &Gpu::useGLBuffers, uint8_t{1});
   const std::array<const char*, 3> names = {"a", "b", nullptr};
   KivContext_AsyncExecutionQueueDepth_t depth{};
   depth.depth = 12;
   List<Config> configs = {
-      make(0, &Config::customConfig, static_cast<void*>(nullptr)),
-      make(0, &Config::customConfig, static_cast<void*>(&hint)),
-      make(0, &Config::customConfig, static_cast<void*>(&buffers)),
-      make(0, &Config::customConfig, static_cast<void*>(&kernels)),
-      make(0, &Config::customConfig, static_cast<void*>(&invalid)),
-      make(0, &Config::customConfig, static_cast<void*>(&unknown)),
-      make(1, &Config::priority, KIV_PRIORITY_HIGH),
-      make(2, &Config::errorConfig, kErrors),
-      make(3, &Config::oemString, "oem"),
-      make(3, &Config::oemString, static_cast<const char*>(nullptr)),
-      make(4, &Config::asyncExeQueueDepth, depth),
-      make(5, &Config::enableGraphs, names.data()),
-      make(5, &Config::enableGraphs, static_cast<const char* const*>(nullptr)),
-      make(6, &Config::memoryLimitHint, uint64_t{1} << 40),
-      make(7, &Config::isPersistentBinary, uint8_t{1})};
+      configOf(0, &Config::customConfig, static_cast<void*>(nullptr)),
+      configOf(0, &Config::customConfig, static_cast<void*>(&hint)),
+      configOf(0, &Config::customConfig, static_cast<void*>(&buffers)),
+      configOf(0, &Config::customConfig, static_cast<void*>(&kernels)),
+      configOf(0, &Config::customConfig, static_cast<void*>(&invalid)),
+      configOf(0, &Config::customConfig, static_cast<void*>(&unknown)),
+      configOf(1, &Config::priority, KIV_PRIORITY_HIGH),
+      configOf(2, &Config::errorConfig, kErrors),
+      configOf(3, &Config::oemString, "oem"),
+      configOf(3, &Config::oemString, static_cast<const char*>(nullptr)),
+      configOf(4, &Config::asyncExeQueueDepth, depth),
+      configOf(5, &Config::enableGraphs, names.data()),
+      configOf(5, &Config::enableGraphs,
+               static_cast<const char* const*>(nullptr)),
+      configOf(6, &Config::memoryLimitHint, uint64_t{1} << 40),
+      configOf(7, &Config::isPersistentBinary, uint8_t{1})};
   note(api_.contextCreate(backend_, device_, configs, &context_));
   note(api_.contextSetConfig(
-      context_, List<Config>{make(1, &Config::priority, KIV_PRIORITY_LOW)}));
+      context_,
+      List<Config>{configOf(1, &Config::priority, KIV_PRIORITY_LOW)}));
   note(api_.contextSetConfig(context_, nullptr));
 }
 
@@ -188,10 +168,10 @@ void Session::binaries() {
   using ProfileConfig = KivProfile_Config_t;
   note(api_.profileCreate(backend_, KIV_PROFILE_LEVEL_DETAILED, &profile_));
   note(api_.profileSetConfig(
-      profile_,
-      List<ProfileConfig>{
-          make(1, &ProfileConfig::numMaxEvents, uint64_t{1000}),
-          make(0, &ProfileConfig::customConfig, static_cast<void*>(nullptr))}));
+      profile_, List<ProfileConfig>{
+                    configOf(1, &ProfileConfig::numMaxEvents, uint64_t{1000}),
+                    configOf(0, &ProfileConfig::customConfig,
+                             static_cast<void*>(nullptr))}));
   Kiv_ContextBinarySize_t size = 0;
   note(api_.contextGetBinarySize(context_, &size));
   note(api_.contextGetBinarySize(context_, nullptr));
@@ -200,7 +180,7 @@ void Session::binaries() {
   note(api_.contextGetBinary(context_, buffer.data(), buffer.size(), &size));
   note(api_.contextCreateFromBinary(backend_, nullptr, nullptr, bytes_.data(),
                                     5, &loaded_, profile_));
-  List<Config> priority = {make(1, &Config::priority, KIV_PRIORITY_NORMAL)};
+  List<Config> priority = {configOf(1, &Config::priority, KIV_PRIORITY_NORMAL)};
   note(api_.contextCreateFromBinaryWithSignal(backend_, device_, priority,
                                               bytes_.data(), 0, &awaited_,
                                               nullptr, nullptr));
@@ -213,9 +193,10 @@ void Session::graphs() {
   KivGpuGraph_CustomConfig_t custom = {KIV_GPU_PRECISION_FP16, 0, 1, 0};
   note(api_.graphCreate(
       context_, "main graph",
-      List<Config>{make(0, &Config::customConfig, static_cast<void*>(&custom)),
-                   make(3, &Config::priority, KIV_PRIORITY_NORMAL_HIGH),
-                   make(0, &Config::customConfig, static_cast<void*>(nullptr))},
+      List<Config>{
+          configOf(0, &Config::customConfig, static_cast<void*>(&custom)),
+          configOf(3, &Config::priority, KIV_PRIORITY_NORMAL_HIGH),
+          configOf(0, &Config::customConfig, static_cast<void*>(nullptr))},
       &graph_));
   note(api_.graphCreateSubgraph(graph_, "loop:body", &subgraph_));
   note(api_.graphSetConfig(graph_, List<Config>{}));

@@ -117,14 +117,14 @@ void RandomRecords::fill(Kiv_QuantizeParams_t& params) {
             params.axisScaleOffsetEncoding, params.bwScaleOffsetEncoding,
             params.bwAxisScaleOffsetEncoding);
   if (source_.oneIn(5))
-    setEnum(params.quantizationEncoding, KIV_QUANTIZATION_ENCODING_UNDEFINED);
+    setNumber(params.quantizationEncoding, KIV_QUANTIZATION_ENCODING_UNDEFINED);
   auto& bwAxis = params.bwAxisScaleOffsetEncoding;
   spoil(params.quantizationEncoding, 0, 3, bwAxis.scales, bwAxis.offsets);
 }
 
 void RandomRecords::setData(Kiv_TensorV1_t& tensor) {
   Kiv_ClientBuffer_t& buffer = tensor.clientBuf;
-  setEnum(tensor.dataType, source_.oneOf(kDataTypes));
+  setNumber(tensor.dataType, source_.oneOf(kDataTypes));
   if (source_.oneIn(2)) {
     buffer.dataSize = source_.below(40);
     buffer.data = bytes(buffer.dataSize);
@@ -132,7 +132,7 @@ void RandomRecords::setData(Kiv_TensorV1_t& tensor) {
     if (source_.oneIn(2)) fill(buffer.dataSize);
     // Texts are not for tensors.
     if (source_.oneIn(4))
-      setEnum(tensor.dataType, outside(0, KIV_DATA_TYPE_STRING - 1));
+      setNumber(tensor.dataType, outside(0, KIV_DATA_TYPE_STRING - 1));
   }
   spoil(tensor.dataType, 0, KIV_DATA_TYPE_STRING, buffer.data);
   spoil(tensor.memType, 0, 0, buffer.data);
@@ -140,7 +140,7 @@ void RandomRecords::setData(Kiv_TensorV1_t& tensor) {
 
 void RandomRecords::fill(Kiv_Tensor_t& tensor) {
   tensor.v2 = {};
-  setEnum(tensor.version, 1 + source_.below(2));
+  setNumber(tensor.version, 1 + source_.below(2));
   Kiv_TensorV1_t& v1 = tensor.v1;
   Kiv_TensorV2_t& v2 = tensor.v2;
   v1.id = ids_.empty() || source_.oneIn(8) ? border() : source_.oneOf(ids_);
@@ -164,12 +164,12 @@ void RandomRecords::fill(Kiv_Tensor_t& tensor) {
 void RandomRecords::fill(Kiv_Scalar_t& scalar) {
   fill(scalar.uint64Value);
   if (source_.oneIn(2)) fill(scalar.floatValue);
-  setEnum(scalar.dataType, kDataTypes[source_.below(kScalarTypes)]);
+  setNumber(scalar.dataType, kDataTypes[source_.below(kScalarTypes)]);
   if (scalar.dataType == KIV_DATA_TYPE_BOOL_8) scalar.bool8Value &= 1;
-  if (hostileOneIn(16)) setEnum(scalar.dataType, source_.oneOf(kDataTypes));
+  if (hostileOneIn(16)) setNumber(scalar.dataType, source_.oneOf(kDataTypes));
   spoil(scalar.dataType, 0, KIV_DATA_TYPE_STRING);
   if (!source_.oneIn(8)) return;
-  setEnum(scalar.dataType, KIV_DATA_TYPE_STRING);
+  setNumber(scalar.dataType, KIV_DATA_TYPE_STRING);
   fill(scalar.stringValue);
 }
 
@@ -180,7 +180,7 @@ void RandomRecords::fill(Kiv_Param_t& param) {
 }
 
 void RandomRecords::fill(Kiv_OpConfig_t& config) {
-  setEnum(config.version, 1);
+  setNumber(config.version, 1);
   Kiv_OpConfigV1_t& v1 = config.v1;
   fillAll(v1.name, v1.packageName, v1.typeName);
   v1.numParams = array(v1.params, 3);
@@ -206,7 +206,7 @@ void RandomRecords::fill(KivContext_Config_t& config) {
 
 void RandomRecords::fill(KivGraph_Config_t& config) {
   if (source_.oneIn(2)) {
-    setEnum(config.option, KIV_GRAPH_CONFIG_OPTION_PRIORITY);
+    setNumber(config.option, KIV_GRAPH_CONFIG_OPTION_PRIORITY);
     fill(config.priority);
   } else if (source_.oneIn(2)) {
     config.customConfig = keep(make<KivGpuGraph_CustomConfig_t>());
@@ -216,18 +216,18 @@ void RandomRecords::fill(KivGraph_Config_t& config) {
 void RandomRecords::fill(KivGpuContext_CustomConfig_t& config) {
   fillOneOf(config.option, config.perfHint, config.useGLBuffers,
             config.kernelRepoDir, config.invalidateKernelRepo);
-  if (source_.oneIn(4)) setEnum(config.option, outside(0, 3));
+  if (source_.oneIn(4)) setNumber(config.option, outside(0, 3));
 }
 
 void RandomRecords::fill(KivDevice_CoreInfo_t& core) {
-  setEnum(core.version, 1);
+  setNumber(core.version, 1);
   fillAll(core.v1.coreId, core.v1.coreType);
   if (source_.oneIn(4)) core.v1.coreInfoExtension = kTrap;
   spoil(core.version, 1, 1);
 }
 
 void RandomRecords::fill(KivDevice_HardwareDeviceInfo_t& device) {
-  setEnum(device.version, 1);
+  setNumber(device.version, 1);
   fillAll(device.v1.deviceId, device.v1.deviceType);
   device.v1.numCores = array(device.v1.cores, 3);
   if (device.v1.cores == nullptr) fill(device.v1.numCores);
@@ -238,7 +238,7 @@ void RandomRecords::fill(KivDevice_HardwareDeviceInfo_t& device) {
 void RandomRecords::fill(KivDevice_PlatformInfo_t*& info) {
   if (source_.oneIn(4)) return;
   KivDevice_PlatformInfo_t record{};
-  setEnum(record.version, 1);
+  setNumber(record.version, 1);
   record.v1.numHwDevices = array(record.v1.hwDevices, 3);
   if (record.v1.hwDevices == nullptr) fill(record.v1.numHwDevices);
   spoil(record.version, 1, 1, record.v1.hwDevices);

@@ -11,15 +11,9 @@
 #include "GPU/KivGpuGraph.h"
 #include "KivInterface.h"
 #include "hostile/source.h"
+#include "support/records.h"
 
 namespace kiv::test {
-
-// A number where an enum stands, which need not be one of the enum's.
-template <typename Enum>
-void setEnum(Enum& field, std::uint32_t number) {
-  static_assert(sizeof(field) == sizeof(number));
-  std::memcpy(&field, &number, sizeof(number));
-}
 
 // A pointer of any type; follow it and crash.
 struct Trap {
@@ -107,7 +101,7 @@ class RandomRecords {
   void spoil(Enum& form, std::uint32_t first, std::uint32_t last,
              Pointers&... pointers) {
     if (!hostileOneIn(16)) return;
-    setEnum(form, outside(first, last));
+    setNumber(form, outside(first, last));
     ((pointers = kTrap), ...);
   }
   template <typename Config>
@@ -132,7 +126,7 @@ class RandomRecords {
   template <typename Enum, typename... Fields>
   void fillOneOf(Enum& choice, Fields&... fields) {
     const std::uint32_t chosen = source_.below(sizeof...(fields));
-    setEnum(choice, chosen);
+    setNumber(choice, chosen);
     std::uint32_t number = 0;
     ((number++ == chosen ? fill(fields) : void()), ...);
   }
@@ -140,7 +134,7 @@ class RandomRecords {
   template <typename Enum>
   std::enable_if_t<std::is_enum_v<Enum>> fill(Enum& field) {
     const std::uint32_t mask = hostile_ ? 0xFFFFFFFF : 0x7FFFFFFF;
-    setEnum(field, source_.oneIn(3) ? border() & mask : source_.below(6));
+    setNumber(field, source_.oneIn(3) ? border() & mask : source_.below(6));
   }
   template <typename Number>
   std::enable_if_t<std::is_integral_v<Number>> fill(Number& number) {

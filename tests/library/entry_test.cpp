@@ -158,121 +158,116 @@ constexpr const char* kNoProfile =
 constexpr const char* kNoDevice =
     "No device associated with the provided handle";
 
-#define KIV_ROW(name, ...)    \
-#name "(" #__VA_ARGS__ ")", \
-      [](StartedSession & c) { return c.api.name(__VA_ARGS__); }
+#define KIV_FAILS(code, message, name, ...)                            \
+  failing(                                                             \
+      #name "(" #__VA_ARGS__ ")",                                      \
+      [](StartedSession& c) { return c.api.name(__VA_ARGS__); }, code, \
+      message)
 
-// The call gives no handle but leaves 0 where it would have gone.
-template <typename Create>
-Code leavingNull(Create&& create) {
-  void* handle = kUnknown;
-  const Code code = create(&handle);
-  EXPECT_EQ(handle, nullptr);
-  return code;
+// The same for a call that gives no handle: 0 is left where it would have gone.
+#define KIV_CREATES_NOT(code, message, name, ...)    \
+  failing(                                           \
+      #name "(" #__VA_ARGS__ ")",                    \
+      [](StartedSession& c) {                        \
+        void* handle = kUnknown;                     \
+        void** const out = &handle;                  \
+        const Code result = c.api.name(__VA_ARGS__); \
+        EXPECT_EQ(handle, nullptr);                  \
+        return result;                               \
+      },                                             \
+      code, message)
+
+const KivContext_Config_t** badConfigs() {
+  static List list = {configOf<KivContext_Config_t>(1),
+                      configOf<KivContext_Config_t>(99)};
+  return list;
 }
+
+constexpr const char* kOption = "Unknown config option provided: 99";
+constexpr const char* kNoBinary =
+    "Failed to write context binary to disk, ensure binaryBufferSize matches "
+    "the actual buffer size.";
 
 TEST(Entry, UnknownHandles) {
   static Kiv_Tensor_t tensor = emptyTensor();
   Kiv_OpConfig_t version2 = emptyOpConfig("op");
   version2.version = static_cast<Kiv_OpConfigVersion_t>(2);
-  void* const none = nullptr;
   check({
-      failing(KIV_ROW(contextSetConfig, kUnknown, nullptr), 5002, kNoContext),
-      failing(KIV_ROW(contextGetBinarySize, kUnknown, nullptr), 5002,
-              kNoContext),
-      failing(KIV_ROW(contextGetBinary, kUnknown, nullptr, 0, nullptr), 5002,
-              kNoContext),
-      failing(KIV_ROW(contextFree, kUnknown, kUnknown), 5002,
-              std::string(kNoContext) + "."),
-      failing(KIV_ROW(graphCreate, kUnknown, nullptr, nullptr, nullptr), 6001,
-              kNoContext),
-      failing(KIV_ROW(graphRetrieve, kUnknown, nullptr, nullptr), 6001,
-              kNoContext),
-      failing(KIV_ROW(tensorCreateContextTensor, nullptr, &tensor), 6001,
-              kContext),
-      failing(KIV_ROW(tensorCreateContextTensor, kUnknown, &tensor), 5002,
-              kNoContext),
-      failing(KIV_ROW(tensorCreateGraphTensor, nullptr, &tensor), 6001, kGraph),
-      failing(KIV_ROW(tensorCreateGraphTensor, kUnknown, &tensor), 6001,
-              kNoGraph),
-      failing(KIV_ROW(graphCreateSubgraph, kUnknown, nullptr, nullptr), 6001,
-              kNoGraph),
-      failing(KIV_ROW(graphSetConfig, kUnknown, nullptr), 6001, kNoGraph),
-      failing(KIV_ROW(graphAddNode, kUnknown, emptyOpConfig("op")), 6001,
-              kNoGraph),
-      failing(KIV_ROW(graphFinalize, kUnknown, kUnknown, nullptr), 6001,
-              kNoGraph),
-      failing(KIV_ROW(graphExecute, kUnknown, nullptr, 1, nullptr, 0, kUnknown,
-                      nullptr),
-              6001, kNoGraph),
-      failing(KIV_ROW(profileSetConfig, kUnknown, nullptr), 12000, kNoProfile),
-      failing(KIV_ROW(profileGetEvents, kUnknown, nullptr, nullptr), 12000,
-              kNoProfile),
-      failing(KIV_ROW(profileFree, kUnknown), 12000,
-              std::string(kNoProfile) + "."),
-      failing(KIV_ROW(deviceSetConfig, kUnknown, nullptr), 14000, kNoDevice),
-      failing(KIV_ROW(deviceGetInfo, kUnknown, nullptr), 14000, kNoDevice),
-      failing(KIV_ROW(deviceFree, kUnknown), 14000, kNoDevice),
-      failing(KIV_ROW(backendSetConfig, kUnknown, nullptr), 4011, kNoBackend),
-      failing(KIV_ROW(backendRegisterOpPackage, kUnknown, "", "", ""), 4011,
-              kNoBackend),
-      failing(
-          KIV_ROW(backendGetSupportedOperations, kUnknown, nullptr, nullptr),
-          4011, kNoBackend),
-      failing(KIV_ROW(backendValidateOpConfig, kUnknown, emptyOpConfig("op")),
-              4011, kNoBackend),
-      failing(KIV_ROW(backendFree, kUnknown), 4011, kNoBackend),
-      failing(KIV_ROW(contextValidateBinary, kUnknown, kUnknown, nullptr,
-                      nullptr, 1),
-              4011, kNoBackend),
-      failing(KIV_ROW(contextValidateBinary, c.backend, kUnknown, nullptr,
-                      nullptr, 1),
-              14000, kNoDevice),
-      failing(KIV_ROW(graphFinalize, c.graph, kUnknown, nullptr), 12000,
-              kNoProfile),
-      failing(KIV_ROW(graphExecute, c.graph, nullptr, 0, nullptr, 0, kUnknown,
-                      nullptr),
-              12000, kNoProfile),
+      KIV_FAILS(5002, kNoContext, contextSetConfig, kUnknown, nullptr),
+      KIV_FAILS(5002, kNoContext, contextGetBinarySize, kUnknown, nullptr),
+      KIV_FAILS(5002, kNoContext, contextGetBinary, kUnknown, nullptr, 0,
+                nullptr),
+      KIV_FAILS(5002, std::string(kNoContext) + ".", contextFree, kUnknown,
+                kUnknown),
+      KIV_FAILS(6001, kNoContext, graphCreate, kUnknown, nullptr, nullptr,
+                nullptr),
+      KIV_FAILS(6001, kNoContext, graphRetrieve, kUnknown, nullptr, nullptr),
+      KIV_FAILS(6001, kContext, tensorCreateContextTensor, nullptr, &tensor),
+      KIV_FAILS(5002, kNoContext, tensorCreateContextTensor, kUnknown, &tensor),
+      KIV_FAILS(6001, kGraph, tensorCreateGraphTensor, nullptr, &tensor),
+      KIV_FAILS(6001, kNoGraph, tensorCreateGraphTensor, kUnknown, &tensor),
+      KIV_FAILS(6001, kNoGraph, graphCreateSubgraph, kUnknown, nullptr,
+                nullptr),
+      KIV_FAILS(6001, kNoGraph, graphSetConfig, kUnknown, nullptr),
+      KIV_FAILS(6001, kNoGraph, graphAddNode, kUnknown, emptyOpConfig("op")),
+      KIV_FAILS(6001, kNoGraph, graphFinalize, kUnknown, kUnknown, nullptr),
+      KIV_FAILS(6001, kNoGraph, graphExecute, kUnknown, nullptr, 1, nullptr, 0,
+                kUnknown, nullptr),
+      KIV_FAILS(12000, kNoProfile, profileSetConfig, kUnknown, nullptr),
+      KIV_FAILS(12000, kNoProfile, profileGetEvents, kUnknown, nullptr,
+                nullptr),
+      KIV_FAILS(12000, std::string(kNoProfile) + ".", profileFree, kUnknown),
+      KIV_FAILS(14000, kNoDevice, deviceSetConfig, kUnknown, nullptr),
+      KIV_FAILS(14000, kNoDevice, deviceGetInfo, kUnknown, nullptr),
+      KIV_FAILS(14000, kNoDevice, deviceFree, kUnknown),
+      KIV_FAILS(4011, kNoBackend, backendSetConfig, kUnknown, nullptr),
+      KIV_FAILS(4011, kNoBackend, backendRegisterOpPackage, kUnknown, "", "",
+                ""),
+      KIV_FAILS(4011, kNoBackend, backendGetSupportedOperations, kUnknown,
+                nullptr, nullptr),
+      KIV_FAILS(4011, kNoBackend, backendValidateOpConfig, kUnknown,
+                emptyOpConfig("op")),
+      KIV_FAILS(4011, kNoBackend, backendFree, kUnknown),
+      KIV_FAILS(4011, kNoBackend, contextValidateBinary, kUnknown, kUnknown,
+                nullptr, nullptr, 1),
+      KIV_FAILS(14000, kNoDevice, contextValidateBinary, c.backend, kUnknown,
+                nullptr, nullptr, 1),
+      KIV_FAILS(5002, kNoBinary, contextValidateBinary, nullptr, nullptr,
+                nullptr, nullptr, 1),
+      KIV_FAILS(12000, kNoProfile, graphFinalize, c.graph, kUnknown, nullptr),
+      KIV_FAILS(12000, kNoProfile, graphExecute, c.graph, nullptr, 0, nullptr,
+                0, kUnknown, nullptr),
       failing(
           "validate: the op config first",
           [&](StartedSession& c) {
             return c.api.backendValidateOpConfig(kUnknown, version2);
           },
           1000, "Unsupported opconfig version: 2.\n"),
-      failing(
-          "contextCreate: the backend first",
-          [](StartedSession& c) {
-            return leavingNull([&](void** out) {
-              return c.api.contextCreate(kUnknown, kUnknown, nullptr, out);
-            });
-          },
-          4011, kNoBackend),
-      failing(
-          "contextCreate: the device before the configs",
-          [](StartedSession& c) {
-            List list = {configOf<KivContext_Config_t>(99)};
-            return leavingNull([&](void** out) {
-              return c.api.contextCreate(c.backend, kUnknown, list, out);
-            });
-          },
-          14000, kNoDevice),
-      failing(
-          "contextCreateFromBinary: the profile",
-          [none](StartedSession& c) {
-            return leavingNull([&](void** out) {
-              return c.api.contextCreateFromBinary(none, none, nullptr, "b", 1,
-                                                   out, kUnknown);
-            });
-          },
-          12000, kNoProfile),
-      failing(
-          "profileCreate",
-          [](StartedSession& c) {
-            return leavingNull([&](void** out) {
-              return c.api.profileCreate(kUnknown, 1, out);
-            });
-          },
-          4011, kNoBackend),
+      // Backend, device, configs, profile and binary, in this order.
+      KIV_CREATES_NOT(4011, kNoBackend, contextCreate, kUnknown, kUnknown,
+                      badConfigs(), out),
+      KIV_CREATES_NOT(14000, kNoDevice, contextCreate, c.backend, kUnknown,
+                      badConfigs(), out),
+      KIV_CREATES_NOT(5000, kOption, contextCreate, c.backend, c.device,
+                      badConfigs(), out),
+      KIV_CREATES_NOT(14000, kNoDevice, contextCreateFromBinary, nullptr,
+                      kUnknown, nullptr, "b", 1, out, kUnknown),
+      KIV_CREATES_NOT(12000, kNoProfile, contextCreateFromBinary, nullptr,
+                      nullptr, nullptr, nullptr, 1, out, kUnknown),
+      KIV_CREATES_NOT(5005, kNoBinary, contextCreateFromBinary, nullptr,
+                      nullptr, nullptr, nullptr, 1, out, nullptr),
+      KIV_CREATES_NOT(14000, kNoDevice, contextCreateFromBinaryWithSignal,
+                      nullptr, kUnknown, nullptr, nullptr, 1, out, nullptr,
+                      nullptr),
+      KIV_CREATES_NOT(5005, kNoBinary, contextCreateFromBinaryWithSignal,
+                      nullptr, nullptr, nullptr, nullptr, 1, out, nullptr,
+                      nullptr),
+      KIV_CREATES_NOT(4011, kNoBackend, profileCreate, kUnknown, 1, out),
+      KIV_CREATES_NOT(
+          1004, kOption, deviceCreate, nullptr,
+          (List<KivDevice_Config_t>{configOf<KivDevice_Config_t>(1),
+                                    configOf<KivDevice_Config_t>(99)}),
+          out),
   });
 }
 
@@ -285,84 +280,16 @@ TEST(Entry, GraphNamesAndOutPointers) {
   constexpr const char* kTaken =
       "Graph with name g already exists within the context";
   check({
-      failing(KIV_ROW(graphCreate, c.context, nullptr, nullptr, &out), 6000,
-              kMissing),
-      failing(KIV_ROW(graphCreate, c.context, "g", nullptr, nullptr), 6000,
-              kMissing),
-      failing(KIV_ROW(graphCreate, c.context, "g", nullptr, &out), 6003,
-              kTaken),
-      failing(KIV_ROW(graphCreateSubgraph, c.graph, nullptr, &out), 6000,
-              kSubMissing),
-      failing(KIV_ROW(graphCreateSubgraph, c.graph, "g", nullptr), 6000,
-              kSubMissing),
-      failing(KIV_ROW(graphCreateSubgraph, c.graph, "g", &out), 6003, kTaken),
-      failing(KIV_ROW(graphRetrieve, c.context, nullptr, &out), 6000, kMissing),
-      failing(KIV_ROW(graphRetrieve, c.context, "g", nullptr), 6000, kMissing),
+      KIV_FAILS(6000, kMissing, graphCreate, c.context, nullptr, nullptr, &out),
+      KIV_FAILS(6000, kMissing, graphCreate, c.context, "g", nullptr, nullptr),
+      KIV_FAILS(6003, kTaken, graphCreate, c.context, "g", nullptr, &out),
+      KIV_FAILS(6000, kSubMissing, graphCreateSubgraph, c.graph, nullptr, &out),
+      KIV_FAILS(6000, kSubMissing, graphCreateSubgraph, c.graph, "g", nullptr),
+      KIV_FAILS(6003, kTaken, graphCreateSubgraph, c.graph, "g", &out),
+      KIV_FAILS(6000, kMissing, graphRetrieve, c.context, nullptr, &out),
+      KIV_FAILS(6000, kMissing, graphRetrieve, c.context, "g", nullptr),
   });
   EXPECT_EQ(out, nullptr);
-}
-
-// The first record of each list is good: nothing of it is written either.
-TEST(Entry, ConfigErrorsWriteNothing) {
-  constexpr const char* kOption = "Unknown config option provided: 99";
-  constexpr auto version = static_cast<KivDevice_PlatformInfoVersion_t>(2);
-  check({
-      failing(
-          "backend",
-          [](StartedSession& c) {
-            List list = {configOf<KivBackend_Config_t>(2),
-                         configOf<KivBackend_Config_t>(99)};
-            Kiv_BackendHandle_t out = kUnknown;
-            const Code code = c.api.backendCreate(nullptr, list, &out);
-            EXPECT_EQ(out, kUnknown);
-            return code;
-          },
-          4004, kOption),
-      failing(
-          "context",
-          [](StartedSession& c) {
-            List list = {configOf<KivContext_Config_t>(1),
-                         configOf<KivContext_Config_t>(99)};
-            return c.api.contextSetConfig(c.context, list);
-          },
-          5000, kOption),
-      failing(
-          "device",
-          [](StartedSession& c) {
-            List list = {configOf<KivDevice_Config_t>(1),
-                         configOf<KivDevice_Config_t>(99)};
-            return leavingNull([&](void** out) {
-              return c.api.deviceCreate(nullptr, list, out);
-            });
-          },
-          1004, kOption),
-      failing(
-          "platform info",
-          [](StartedSession& c) {
-            KivDevice_PlatformInfo_t info{};
-            info.version = version;
-            auto config = configOf<KivDevice_Config_t>(1);
-            config.hardwareInfo = &info;
-            return c.api.deviceSetConfig(c.device, List{config});
-          },
-          1000, "Unsupported platformInfo version: 2"),
-      failing(
-          "graph: 1 and 2 are no options",
-          [](StartedSession& c) {
-            List list = {configOf<KivGraph_Config_t>(3),
-                         configOf<KivGraph_Config_t>(1)};
-            return c.api.graphSetConfig(c.graph, list);
-          },
-          6000, "Unknown config option provided: 1"),
-      failing(
-          "profile",
-          [](StartedSession& c) {
-            List list = {configOf<KivProfile_Config_t>(1),
-                         configOf<KivProfile_Config_t>(99)};
-            return c.api.profileSetConfig(c.profile, list);
-          },
-          1004, kOption),
-  });
 }
 
 TEST(Entry, LoggerNeedsNoSession) {

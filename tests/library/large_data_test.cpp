@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
+#include <memory>
 
 #include "library/started_session.h"
 
@@ -26,6 +28,25 @@ TEST(LargeData, CallsAreAddedBehindFiveGiB) {
   std::string added;
   data >> added;
   EXPECT_EQ(added, "abcdef");
+}
+
+// More than 2 GiB at once, into the null device, which reads nothing: the
+// memory need not be there.
+TEST(LargeData, OneCallMayBringMoreThanTwoGiB) {
+  if (KIV_IS_SANITIZED) GTEST_SKIP() << "sanitizers read all that is written";
+  constexpr std::size_t kSize = (std::size_t{2} << 30) + 5;
+  const std::unique_ptr<void, decltype(&std::free)> bytes(std::calloc(kSize, 1),
+                                                          std::free);
+  ASSERT_NE(bytes, nullptr);
+  const SaverLibrary saver;
+  std::filesystem::create_directory(saver.directory());
+  // On Windows each directory has a file of this name.
+  if (std::filesystem::exists("/dev/null"))
+    std::filesystem::create_symlink("/dev/null", saver.directory() / "NUL");
+  ASSERT_EQ(saver.initialize({filesOption("a.c", "NUL")}), 0U);
+  EXPECT_EQ(saver.api().contextValidateBinary(nullptr, nullptr, nullptr,
+                                              bytes.get(), kSize),
+            0U);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
 #include <optional>
 #include <regex>
 
@@ -162,9 +163,12 @@ TEST(SaverConfig, MissingDirectoryTextsMeanTheDefault) {
   fs::current_path(before);
 }
 
+// The text in the header, and the parts of both names.
 TEST(SaverConfig, TimeStampWinsOverNames) {
   const SaverLibrary saver;
+  const std::time_t before = std::time(nullptr);
   ASSERT_EQ(saver.initialize({timeStampOption(true), kFiles}), 0U);
+  const std::time_t after = std::time(nullptr);
   record(saver, 0);
   std::string model;
   std::string data;
@@ -172,29 +176,41 @@ TEST(SaverConfig, TimeStampWinsOverNames) {
     const std::string name = file.path().filename().string();
     (name.ends_with(".c") ? model : data) = name;
   }
-  const std::string stamp = R"((\d\d-\d\d-\d{4})_(\d\d)_(\d\d)_(\d\d))";
+  const std::string stamp = R"((\d\d)-(\d\d)-(\d{4})_(\d\d)_(\d\d)_(\d\d))";
   std::smatch match;
   ASSERT_TRUE(std::regex_match(model, match,
                                std::regex("saver_output_" + stamp + "\\.c")));
+  std::tm time{};
+  int* const fields[] = {&time.tm_mon,  &time.tm_mday, &time.tm_year,
+                         &time.tm_hour, &time.tm_min,  &time.tm_sec};
+  for (std::size_t i = 0; i < 6; ++i) *fields[i] = std::stoi(match[i + 1]);
+  time.tm_mon -= 1;
+  time.tm_year -= 1900;
+  time.tm_isdst = -1;
+  const std::time_t shown = std::mktime(&time);
+  EXPECT_TRUE(before <= shown && shown <= after) << model;
   const std::string text = readFile(saver.directory() / model);
-  EXPECT_NE(text.find(match.format("$1_$2:$3:$4")), std::string::npos);
-  EXPECT_EQ(data, match.format("params_$1_$2_$3_$4.bin"));
+  EXPECT_NE(text.find(match.format("$1-$2-$3_$4:$5:$6")), std::string::npos);
+  EXPECT_EQ(data, match.format("params_$1-$2-$3_$4_$5_$6.bin"));
   EXPECT_NE(text.find("fopen(\"" + data + "\", \"rb\")"), std::string::npos);
 }
 
-TEST(SaverConfig, BackendChoosesTheHeaders) {
-  for (const uint32_t id : {0U, 2U, 3U, 4U}) {
-    const SaverLibrary saver;
-    ASSERT_EQ(saver.initialize({backendOption(id)}), 0U);
-    record(saver, 0);
-    const std::string gpu =
-        "#include \"GPU/KivGpuBackend.h\"\n#include \"GPU/KivGpuGraph.h\"\n"
-        "#include \"GPU/KivGpuContext.h\"\n";
-    EXPECT_NE(saver.modelText().find("#include \"KivInterface.h\"\n" +
-                                     (id == 4 ? gpu : "") + "\n#define"),
-              std::string::npos)
-        << id;
-  }
+TEST(SaverConfig, TheLastOptionOfAKindWins) {
+  const SaverLibrary saver;
+  const std::string path = saver.directory().string();
+  ASSERT_EQ(saver.initialize({directoryOption("unused"), backendOption(4),
+                              filesOption("a.c", "a.bin"), headerOption(false),
+                              footerOption(false), backendOption(0), kFiles,
+                              directoryOption(path.c_str()), headerOption(true),
+                              footerOption(true)}),
+            0U);
+  record(saver, 0);
+  const std::string text = readFile(saver.directory() / "b.c");
+  EXPECT_NE(text.find("int main"), std::string::npos);
+  EXPECT_EQ(text.find("GPU"), std::string::npos);
+  EXPECT_FALSE(fs::exists("unused"));
+  ASSERT_EQ(saver.initialize({filesOption("c.c", "c.bin")}), 0U);
+  EXPECT_TRUE(readFile(saver.directory() / "b.c").ends_with(kFooter));
 }
 
 TEST(SaverConfig, SwitchEndsOneProgramAndBeginsAnother) {
@@ -235,6 +251,34 @@ TEST(SaverConfig, SwitchEndsOneProgramAndBeginsAnother) {
   log.reset();
   EXPECT_TRUE(c.saver.unload());
   EXPECT_EQ(readFile(model), last);
+}
+
+TEST(SaverConfig, OptionsOfASwitchStayUntilTheyAreGivenAgain) {
+  SaverLibrary saver;
+  record(saver, 0);
+  const std::string other = saver.directory().string() + "_other";
+  const auto read = [&](const char* name) {
+    return readFile(fs::path(other) / name);
+  };
+  ASSERT_EQ(saver.initialize({kFiles, directoryOption(other.c_str()),
+                              backendOption(4), headerOption(false),
+                              footerOption(false)}),
+            0U);
+  record(saver, 1);
+  ASSERT_EQ(saver.initialize({filesOption("c.c", "c.bin")}), 0U);
+  record(saver, 2);
+  EXPECT_EQ(read("b.c"), recordText(1));
+  ASSERT_EQ(saver.initialize({filesOption("d.c", "d.bin"), headerOption(true)}),
+            0U);
+  record(saver, 3);
+  EXPECT_EQ(read("c.c"), recordText(2));
+  ASSERT_EQ(saver.initialize({filesOption("e.c", "e.bin"), footerOption(true)}),
+            0U);
+  EXPECT_NE(read("d.c").find("GPU/KivGpuGraph.h"), std::string::npos);
+  EXPECT_TRUE(read("d.c").ends_with("&loghandle));\n   }\n" + recordText(3)));
+  saver.unload();
+  EXPECT_NE(read("e.c").find("int main"), std::string::npos);
+  EXPECT_TRUE(read("e.c").ends_with(kFooter));
 }
 
 TEST(SaverConfig, SwitchOntoTheSameFiles) {

@@ -56,22 +56,4 @@ std::string validate(std::string_view call) {
   return "VALIDATE(error, interface." + std::string(call) + ");";
 }
 
-std::string tensorText(const std::string& name, const std::string& id,
-                       const std::string& version) {
-  const std::string member = "v" + version;
-  return "   Kiv_QuantizeParams_t " + name +
-         "_quantizeParams = {(Kiv_Definition_t)0, "
-         "(Kiv_QuantizationEncoding_t)2147483647, .scaleOffsetEncoding = "
-         "{0.0, 0}};\n   Kiv_ClientBuffer_t " +
-         name + "_clientBuf = {NULL, 0};\n   Kiv_TensorV" + version + "_t " +
-         name + '_' + member + " = {" + id +
-         ", NULL, (Kiv_TensorType_t)0, 0, (Kiv_DataType_t)562, " + name +
-         "_quantizeParams, 0, NULL, (Kiv_TensorMemType_t)0, " + name +
-         "_clientBuf" +
-         (version == "2" ? ", NULL, {(Kiv_SparseLayoutType_t)0,{0,0}}, 0"
-                         : "") +
-         "};\n   Kiv_Tensor_t " + name + " = {(Kiv_TensorVersion_t)" + version +
-         ", ." + member + " = " + name + '_' + member + "};\n";
-}
-
 }  // namespace kiv::test

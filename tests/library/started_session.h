@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "support/configs.h"
 #include "support/log_capture.h"
 #include "support/records.h"
 #include "support/saver_library.h"
@@ -68,35 +69,5 @@ Row failing(const char* what, std::function<Code(StartedSession&)> call,
 std::string recorded(std::initializer_list<std::string> lines);
 // "VALIDATE(error, interface.<call>);"
 std::string validate(std::string_view call);
-
-// The lines of a tensor from emptyTensor(), indented.
-std::string tensorText(const std::string& name, const std::string& id,
-                       const std::string& version = "1");
-
-// A list of configs for a call: their addresses and null.
-template <typename Config>
-class List {
- public:
-  List(std::initializer_list<Config> configs) : configs_(configs) {
-    for (const Config& config : configs_) pointers_.push_back(&config);
-    pointers_.push_back(nullptr);
-  }
-  List(const List&) = delete;
-  List& operator=(const List&) = delete;
-
-  operator const Config**() { return pointers_.data(); }
-
- private:
-  const std::vector<Config> configs_;
-  std::vector<const Config*> pointers_;
-};
-
-// A config of the option with everything else zero or null.
-template <typename Config>
-Config configOf(int option) {
-  Config config{};
-  config.option = static_cast<decltype(config.option)>(option);
-  return config;
-}
 
 }  // namespace kiv::test

@@ -1,12 +1,12 @@
 #!/bin/sh
-# replay_project_test.sh SOURCE_TREE BACKEND C_COMPILER C_FLAGS WORK_DIRECTORY
+# replay_project_test.sh SOURCE_TREE SAMPLE BACKEND C_COMPILER C_FLAGS \
+#   WORK_DIRECTORY
 #
 # Builds and runs recordings through the replay project as a user does. The
 # backend prints its calls and refuses the one that KIV_REFUSE names.
 set -eu
 
-source=$1 backend=$2 compiler=$3 flags=$4 work=$5
-sample=$source/tests/platform/golden
+source=$1 sample=$2 backend=$3 compiler=$4 flags=$5 work=$6
 
 fail() {
   echo "FAILED: $*" >&2

@@ -217,12 +217,15 @@ TEST(FullDisk, WhatAFailedCallLeavesBehind) {
   const std::string text = c.saver.modelText();
   Kiv_Tensor_t tensor = emptyTensor();
   Kiv_ProfileHandle_t profile = c.profile;
+  Kiv_BackendHandle_t backend = nullptr;
   {
     const FileSizeLimit full(text.size() + 20);
     EXPECT_EQ(c.api.tensorCreateGraphTensor(c.graph, &tensor), 0U);
     EXPECT_EQ(c.api.profileFree(profile), 12999U);
     EXPECT_EQ(c.execute(c.graph, {tensor}), 5999U);
+    EXPECT_EQ(c.api.backendCreate(nullptr, nullptr, &backend), 4999U);
   }
+  EXPECT_EQ(backend, nullptr);
   EXPECT_EQ(tensor.v1.id, 1U);
   EXPECT_EQ(c.saver.modelText(), text);
   EXPECT_EQ(c.api.profileFree(profile), 12000U);
@@ -230,11 +233,44 @@ TEST(FullDisk, WhatAFailedCallLeavesBehind) {
   const std::string execution = c.newText();
   EXPECT_EQ(execution.find("g_tensor_0"), std::string::npos);
   EXPECT_NE(execution.find("g_inputTensors_1"), std::string::npos);
+  EXPECT_EQ(c.api.backendCreate(nullptr, nullptr, &backend), 0U);
+  EXPECT_EQ(backend, reinterpret_cast<void*>(2)) << "no number is used up";
   {
     const FileSizeLimit full(text.size());
     EXPECT_EQ(c.api.contextFree(c.context, nullptr), 5999U);
   }
   EXPECT_EQ(c.api.contextFree(c.context, nullptr), 5002U);
+}
+
+// The context's calls that the sessions above do not make.
+TEST(FullDisk, ContextCallsThatFindNoRoom) {
+  StartedSession c;
+  Kiv_ContextBinarySize_t size = 0;
+  void* out = nullptr;
+  const std::pair<std::function<Code()>, Code> calls[] = {
+      {[&] { return c.api.contextSetConfig(c.context, nullptr); }, 0},
+      {[&] { return c.api.contextGetBinarySize(c.context, &size); }, 4950},
+      {[&] { return c.api.contextGetBinary(c.context, &size, 1, &size); },
+       4950},
+      {[&] {
+         return c.api.contextValidateBinary(nullptr, nullptr, nullptr, "b", 1);
+       },
+       0},
+      {[&] { return c.api.graphRetrieve(c.context, "other", &out); }, 0},
+      {[&] {
+         return c.api.contextCreateFromBinaryWithSignal(
+             nullptr, nullptr, nullptr, "b", 1, &out, nullptr, nullptr);
+       },
+       0}};
+  for (const auto& [call, code] : calls) {
+    SCOPED_TRACE(&call - &calls[0].first);
+    {
+      const FileSizeLimit full(c.saver.modelText().size() + 20);
+      EXPECT_EQ(call(), 5999U);
+    }
+    EXPECT_EQ(call(), code);
+  }
+  EXPECT_EQ(c.newData(), "bb");
 }
 
 // A file system of a few pages at `path`, with a file that takes up all of it.

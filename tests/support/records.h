@@ -1,10 +1,20 @@
 #pragma once
 
+#include <cstdint>
+#include <cstring>
+
 #include "KivInterface.h"
 
 namespace kiv::test {
 
-// Records with everything zero or null but for what is told.
+// A number where an enum stands, which need not be one of the enum's.
+template <typename Enum>
+void setNumber(Enum& field, std::uint32_t number) {
+  static_assert(sizeof(field) == sizeof(number));
+  std::memcpy(&field, &number, sizeof(number));
+}
+
+// Records with everything zero or null but for the arguments.
 
 // No name, dimensions or data; the encoding is undefined.
 Kiv_Tensor_t emptyTensor(Kiv_TensorVersion_t version = KIV_TENSOR_VERSION_1,

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -10,9 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "comma_locale.h"
 #include "diagnostics/messages.h"
 #include "platform/clock.h"
+#include "support/comma_locale.h"
 
 namespace kiv::log::test {
 namespace {
@@ -87,42 +86,6 @@ TEST_F(LoggerTest, LivesAsItIsUntilItsLastHandleIsFreed) {
   EXPECT_EQ(Logger::free(), Status::kOk);
   EXPECT_FALSE(Logger::exists());
   EXPECT_EQ(Logger::free(), Status::kLoggerMissing);
-}
-
-TEST_F(LoggerTest, CallbackMayUseTheLogger) {
-  const auto callback = [](const char* format, KivLog_Level_t level,
-                           std::uint64_t time, va_list arguments) {
-    receive(format, level, time, arguments);
-    if (received.size() > 1) return;
-    EXPECT_TRUE(Logger::exists());
-    EXPECT_TRUE(Logger::setLevel(2));
-    log(Level::kError, "from within");
-    EXPECT_EQ(Logger::free(), Status::kOk);
-    EXPECT_EQ(Logger::create(receive, 5), Status::kOk);
-    log(Level::kError, "to the next");
-  };
-  ASSERT_EQ(Logger::create(callback, 1), Status::kOk);
-  log(Level::kError, "%d", 1);
-  ASSERT_EQ(received.size(), 3u);
-  EXPECT_EQ(received[1].format, "from within");
-  EXPECT_EQ(received[2].format, "to the next");
-}
-
-TEST_F(LoggerTest, MayBeReplacedWhileOthersLog) {
-  static std::atomic<int> count = 0;
-  const auto callback = [](const char*, KivLog_Level_t, std::uint64_t,
-                           va_list) { ++count; };
-  std::atomic<bool> done = false;
-  std::thread other([&] {
-    while (!done) log(Level::kError, "x");
-  });
-  for (int i = 0; i < 2000 || count == 0; ++i) {
-    EXPECT_EQ(Logger::create(callback, 5), Status::kOk);
-    EXPECT_TRUE(Logger::setLevel(1 + i % 5));
-    EXPECT_EQ(Logger::free(), Status::kOk);
-  }
-  done = true;
-  other.join();
 }
 
 TEST_F(LoggerTest, MessagesWaitUntilTheyAreSent) {

@@ -5,8 +5,8 @@
 #include <regex>
 #include <set>
 
-#include "comma_locale.h"
 #include "output/program_frame.h"
+#include "support/comma_locale.h"
 
 namespace kiv::output::test {
 namespace {
