@@ -13,20 +13,15 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// How a session takes a custom config: of the family, with its code and
-// message; a message of null stands for one that is written.
-struct Custom {
-  const char* family;
-  Code (*set)(StartedSession& c, void* custom);
-  Code refused;
-  // For the backends 2, 3, 4 and 1.
-  const char* messages[4];
-};
-
-template <typename Config, typename Function>
-Code setCustom(Function function, void* handle, void* custom) {
-  return function(handle,
-                  List{configOf<Config>(0, &Config::customConfig, custom)});
+// Passes a custom config to the function that sets those of an object.
+template <auto Set, auto Object>
+Code setCustom(const StartedSession& c, void* custom) {
+  const auto set = [&]<typename Config>(Code (*function)(void*, Config**)) {
+    auto config = configOf<std::remove_const_t<Config>>(0);
+    config.customConfig = custom;
+    return function(c.*Object, List{config});
+  };
+  return set(c.api.*Set);
 }
 
 constexpr const char* kContext =
@@ -40,43 +35,35 @@ constexpr const char* kCpu =
     "CPU backend ID was provided and a custom config was passed to "
     "KivBackend_Initialize(). CPU does not support custom configs.";
 
-const Custom kCustoms[] = {
+// A message of null stands for a config that is written.
+const struct {
+  const char* family;
+  Code (*set)(const StartedSession& c, void* custom);
+  Code refused;
+  // For the backends 2, 3, 4 and 1.
+  const char* messages[4];
+} kCustoms[] = {
     {"backend",
-     [](StartedSession& c, void* custom) {
-       return setCustom<KivBackend_Config_t>(c.api.backendSetConfig, c.backend,
-                                             custom);
-     },
+     setCustom<&Api::backendSetConfig, &StartedSession::backend>,
      4004,
      {kSaver, kCpu,
       "GPU backend ID was provided and a custom config was passed to "
       "KivBackend_Initialize(). GPU does not support Backend custom configs.",
       "Unknown backend ID provided: 1"}},
     {"context",
-     [](StartedSession& c, void* custom) {
-       return setCustom<KivContext_Config_t>(c.api.contextSetConfig, c.context,
-                                             custom);
-     },
+     setCustom<&Api::contextSetConfig, &StartedSession::context>,
      5000,
      {kContext, kContext, nullptr, kContext}},
     {"device",
-     [](StartedSession& c, void* custom) {
-       return setCustom<KivDevice_Config_t>(c.api.deviceSetConfig, c.device,
-                                            custom);
-     },
+     setCustom<&Api::deviceSetConfig, &StartedSession::device>,
      1000,
      {kDevice, kDevice, kDevice, kDevice}},
     {"graph",
-     [](StartedSession& c, void* custom) {
-       return setCustom<KivGraph_Config_t>(c.api.graphSetConfig, c.graph,
-                                           custom);
-     },
+     setCustom<&Api::graphSetConfig, &StartedSession::graph>,
      6000,
      {kSaver, kCpu, nullptr, "Unknown or unsupported backend ID provided: 1"}},
     {"profile",
-     [](StartedSession& c, void* custom) {
-       return setCustom<KivProfile_Config_t>(c.api.profileSetConfig, c.profile,
-                                             custom);
-     },
+     setCustom<&Api::profileSetConfig, &StartedSession::profile>,
      1004,
      {kSaver, "Custom profile config parsing not supported for backend ID 3",
       "Custom profile config parsing not supported for backend ID 4",
@@ -90,7 +77,7 @@ TEST(Config, CustomOnesDependOnTheBackend) {
     KivGpuContext_CustomConfig_t context;
     KivGpuGraph_CustomConfig_t graph;
   } custom = {};
-  for (const Custom& row : kCustoms) {
+  for (const auto& row : kCustoms) {
     EXPECT_EQ(row.set(c, &custom), 0U) << row.family;
     EXPECT_EQ(log.take(),
               Lines{"2: Custom config provided without specifying backend ID, "
@@ -106,7 +93,7 @@ TEST(Config, CustomOnesDependOnTheBackend) {
         0U);
     const auto model = c.saver.directory() / (i % 2 == 0 ? "a.c" : "b.c");
     log.take();
-    for (const Custom& row : kCustoms) {
+    for (const auto& row : kCustoms) {
       const char* message = row.messages[i];
       const std::string before = readFile(model);
       EXPECT_EQ(row.set(c, &custom), message == nullptr ? 0 : row.refused)

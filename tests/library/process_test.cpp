@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "library/started_session.h"
 #include "support/comma_locale.h"
 
@@ -40,34 +38,6 @@ TEST(Process, MessagesAboveTheLevelAreDropped) {
   saver.api().logSetLogLevel(nullptr, KIV_LOG_LEVEL_WARN);
   EXPECT_EQ(saver.initialize({directoryOption(nullptr)}), 0U);
   EXPECT_EQ(log.take().size(), 1U);
-}
-
-TEST(Process, CallsFromManyThreadsStayWhole) {
-  StartedSession c;
-  std::vector<std::thread> threads;
-  for (char letter = 'a'; letter < 'e'; ++letter) {
-    threads.emplace_back([&c, letter] {
-      char data[] = {letter, letter, letter};
-      for (int i = 0; i < 25; ++i) {
-        Kiv_Tensor_t tensor = tensorWithData(data, 3);
-        c.api.tensorCreateContextTensor(c.context, &tensor);
-        c.execute(c.graph, {tensor});
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  const std::string data = c.newData();
-  ASSERT_EQ(data.size(), 4U * 25 * 2 * 3);
-  for (std::size_t i = 0; i < data.size(); i += 3)
-    EXPECT_EQ(data.substr(i, 3), std::string(3, data[i]));
-  // All ids and numbers are there once.
-  const std::string text = c.newText();
-  for (int i = 0; i < 100; ++i) {
-    const std::string number = std::to_string(i);
-    EXPECT_NE(text.find("&context_0_tensor_" + number + ")"),
-              std::string::npos);
-    EXPECT_NE(text.find("g_inputTensors_" + number + ", 1"), std::string::npos);
-  }
 }
 
 }  // namespace

@@ -10,8 +10,6 @@
 namespace kiv::platform {
 namespace {
 
-constexpr std::uint64_t kGiB = std::uint64_t{1} << 30;
-
 struct Close {
   void operator()(std::FILE* stream) const { std::fclose(stream); }
 };
@@ -71,19 +69,6 @@ TEST_F(Files, WritingGoesOnWhereAFileWasCut) {
     write(stream, "!");
     EXPECT_EQ(content(), "kept!");
     ASSERT_TRUE(truncateFile(stream.get(), 0));
-  }
-}
-
-// Sizes that do not fit into 31 and 32 bits. The bytes in front are a hole.
-TEST_F(Files, SizesAreNotLimited) {
-  const Stream stream = open(OpenMode::kTruncate);
-  for (const std::uint64_t size : {2 * kGiB, 4 * kGiB, 5 * kGiB}) {
-    ASSERT_TRUE(truncateFile(stream.get(), size - 1));
-    write(stream, "abc");
-    EXPECT_EQ(sizeOf(stream), size + 2);
-    ASSERT_TRUE(truncateFile(stream.get(), size));
-    EXPECT_EQ(sizeOf(stream), size);
-    EXPECT_EQ(std::filesystem::file_size(path("file")), size);
   }
 }
 

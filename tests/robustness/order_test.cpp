@@ -23,36 +23,6 @@ bool hasOneFooter(const std::string& text) {
   return countOf(text, "fclose(fp)") == 1 && text.ends_with(kFooterEnd);
 }
 
-// Objects of four kinds, freed in each of the 24 orders and then once more.
-void freeInEveryOrder(const Api& api) {
-  std::vector<int> order = {0, 1, 2, 3};
-  do {
-    Kiv_BackendHandle_t backend = nullptr;
-    Kiv_DeviceHandle_t device = nullptr;
-    Kiv_ProfileHandle_t profile = nullptr;
-    Kiv_ContextHandle_t context = nullptr;
-    Kiv_GraphHandle_t graph = nullptr;
-    api.backendCreate(nullptr, nullptr, &backend);
-    api.deviceCreate(nullptr, nullptr, &device);
-    api.profileCreate(backend, 1, &profile);
-    api.contextCreate(backend, device, nullptr, &context);
-    api.graphCreate(context, "g", nullptr, &graph);
-    const std::function<Code()> frees[] = {
-        [&] { return api.backendFree(backend); },
-        [&] { return api.deviceFree(device); },
-        [&] { return api.profileFree(profile); },
-        [&] { return api.contextFree(context, nullptr); }};
-    for (const int i : order) EXPECT_EQ(frees[i](), 0U);
-  } while (std::next_permutation(order.begin(), order.end()));
-}
-
-TEST(Order, ObjectsAreFreedInAnyOrder) {
-  SaverLibrary saver;
-  freeInEveryOrder(saver.api());
-  saver.unload();
-  EXPECT_EQ(replayedCalls(saver.directory()), callsOf(freeInEveryOrder));
-}
-
 // A client may load the library again and again; nothing is left of the last
 // time, also of objects that it did not free, and nothing that a fork calls.
 TEST(Order, RecordingsOfOneProcessAreAlike) {

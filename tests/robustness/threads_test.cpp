@@ -123,78 +123,44 @@ void runWorkers(const Api& api, bool sideBySide) {
   for (const Worker& worker : workers) EXPECT_EQ(worker.failures(), 0);
 }
 
-// Sorts the lines of a trace by thread and counts handles and tensors afresh
-// for each, so that it doesn't matter what the other threads did meanwhile.
+// The lines of a trace by thread, without the numbers of handles and tensors,
+// for these depend on what the other threads did meanwhile. Lines that name no
+// thread count as one thread's, in any order; each other line is of a thread
+// that uses no handle of another one.
 class TraceByThread {
  public:
   explicit TraceByThread(const Lines& lines) {
-    // A line belongs to the thread that it names, or whose handle it uses;
-    // both can come up later than the line.
-    for (std::size_t known = 1; known != 0;) {
-      known = owners_.size();
-      for (const std::string& line : lines) learn(line);
-      known = owners_.size() - known;
-    }
+    static const std::regex number(R"((#|\bid=)\d+)");
     for (const std::string& line : lines) {
-      const int thread = ownerOf(line);
-      calls_[thread].push_back(renumbered(line, numbers_[thread]));
+      const int thread = threadOf(line);
+      if (thread != kNobody) expectOwnHandles(line, thread);
+      calls_[thread].push_back(std::regex_replace(line, number, "$1"));
     }
+    std::ranges::sort(calls_[kNobody]);
   }
 
   const std::map<int, Lines>& calls() const { return calls_; }
 
  private:
-  using Numbers = std::map<std::string, std::map<std::string, int>>;
+  static constexpr int kNobody = -1;
 
-  static const std::regex& number() {
-    static const std::regex pattern(R"((\w+#|\bid=)(\d+))");
-    return pattern;
-  }
-
-  // The first backend and context are everybody's.
-  static bool isShared(const std::string& handle) {
-    return handle == "backend#0" || handle == "context#0" ||
-           handle.starts_with("id=");
-  }
-
-  void learn(const std::string& line) {
-    const int thread = ownerOf(line);
-    if (thread < 0) return;
-    for (std::sregex_iterator it(line.begin(), line.end(), number()), end;
-         it != end; ++it)
-      if (!isShared(it->str())) owners_[it->str()] = thread;
-  }
-
-  int ownerOf(const std::string& line) const {
+  static int threadOf(const std::string& line) {
     static const std::regex mark(
         R"("t(\d+)_|(?:Capability\(|profileCreate\(backend#0, )(\d+)\d{3}\b)");
     std::smatch match;
-    if (std::regex_search(line, match, mark))
-      return match[1].matched ? std::stoi(match[1]) : std::stoi(match[2]) - 1;
-    for (std::sregex_iterator it(line.begin(), line.end(), number()), end;
-         it != end; ++it)
-      if (const auto owner = owners_.find(it->str()); owner != owners_.end())
-        return owner->second;
-    return -1;
+    if (!std::regex_search(line, match, mark)) return kNobody;
+    return match[1].matched ? std::stoi(match[1]) : std::stoi(match[2]) - 1;
   }
 
-  static std::string renumbered(const std::string& line, Numbers& numbers) {
-    std::string result;
-    auto rest = line.begin();
-    for (std::sregex_iterator it(line.begin(), line.end(), number()), end;
-         it != end; ++it) {
-      auto& known = numbers[(*it)[1]];
-      const int next = static_cast<int>(known.size());
-      result.append(rest, (*it)[0].first);
-      result += (*it)[1].str() +
-                std::to_string(known.emplace((*it)[2], next).first->second);
-      rest = (*it)[0].second;
-    }
-    return result.append(rest, line.end());
+  void expectOwnHandles(const std::string& line, int thread) {
+    static const std::regex handle(R"((graph|profile)#\d+)");
+    for (std::sregex_iterator it(line.begin(), line.end(), handle), end;
+         it != end; ++it)
+      EXPECT_EQ(owners_.emplace(it->str(), thread).first->second, thread)
+          << line;
   }
 
   std::map<std::string, int> owners_;
-  std::map<int, Numbers> numbers_;
   std::map<int, Lines> calls_;
 };
 

@@ -130,39 +130,6 @@ TEST_F(TracerRecords, ShowNullArraysOnlyWhereThereIsACount) {
   expectPart(run_.lastLine(), "[], 0:cbf29ce484222325, 0)");
 }
 
-TEST_F(TracerRecords, ShowNothingBelowAnUnknownNumber) {
-  Kiv_Tensor_t tensor = emptyTensor();
-  tensor.v1.dataFormat = 9;
-  setUnknown(tensor.v1.type);
-  setUnknown(tensor.v1.dataType);
-  setUnknown(tensor.v1.memType);
-  setUnknown(tensor.v1.quantizeParams.encodingDefinition);
-  setUnknown(tensor.v1.quantizeParams.quantizationEncoding);
-  expectPart(lineOf(tensor),
-             "type=4294967295, format=9, dataType=4294967295, quantize={"
-             "definition=4294967295, encoding=4294967295}, rank=0, dims=[], "
-             "mem=4294967295}) -> id=");
-  setUnknown(tensor.version);
-  expectPart(lineOf(tensor), "(null, {version=4294967295})");
-  Kiv_Param_t param = {};
-  setUnknown(param.scalarParam.dataType);
-  expectPart(lineOf(param), "scalar={type=4294967295, value=?}");
-  setUnknown(param.paramType);
-  expectPart(lineOf(param), "params=[{type=4294967295, name=null}]");
-  Kiv_OpConfig_t op = {};
-  setUnknown(op.version);
-  expectPart(lineOf(op), "(null, {version=4294967295})");
-
-  KivContext_Config_t configs[2] = {};
-  configs[0].option = KIV_CONTEXT_CONFIG_ASYNC_EXECUTION_QUEUE_DEPTH;
-  setUnknown(configs[0].asyncExeQueueDepth.type);
-  setUnknown(configs[1].option);
-  const KivContext_Config_t* list[] = {&configs[0], &configs[1], nullptr};
-  run_.api().contextSetConfig(nullptr, list);
-  expectPart(run_.lastLine(),
-             "[{option=4, queueDepth={type=4294967295}}, {option=4294967295}]");
-}
-
 // What is behind the pointer could be anything, unless it is told to be the GPU
 // backend's.
 TEST(TracerConfigs, ShowCustomRecordsOnRequestOnly) {

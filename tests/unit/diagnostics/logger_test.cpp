@@ -9,7 +9,6 @@
 #include <thread>
 #include <vector>
 
-#include "diagnostics/messages.h"
 #include "platform/clock.h"
 #include "support/comma_locale.h"
 
@@ -68,43 +67,6 @@ TEST_F(LoggerTest, TimesCountFromItsCreationInNanoseconds) {
   EXPECT_GE(received[0].time, 2000000u);
   EXPECT_GE(received[1].time, received[0].time);
   EXPECT_LE(received[1].time, after - before);
-}
-
-TEST_F(LoggerTest, LivesAsItIsUntilItsLastHandleIsFreed) {
-  EXPECT_EQ(Logger::free(), Status::kLoggerMissing);
-  EXPECT_FALSE(Logger::setLevel(3)) << "there is no logger";
-  ASSERT_EQ(Logger::create(receive, 1), Status::kOk);
-  ASSERT_EQ(Logger::create(receive, 2), Status::kOk);
-  for (const int level : {0, 6, -1, 0x7FFFFFFF}) {
-    EXPECT_EQ(Logger::create(nullptr, level), Status::kLogLevelInvalid);
-    EXPECT_FALSE(Logger::setLevel(level));
-  }
-  log(Level::kWarning, "to the second");
-  EXPECT_EQ(Logger::free(), Status::kOk);
-  log(Level::kWarning, "to the second");
-  EXPECT_EQ(received.size(), 2u);
-  EXPECT_EQ(Logger::free(), Status::kOk);
-  EXPECT_FALSE(Logger::exists());
-  EXPECT_EQ(Logger::free(), Status::kLoggerMissing);
-}
-
-TEST_F(LoggerTest, MessagesWaitUntilTheyAreSent) {
-  ASSERT_EQ(Logger::create(receive, 5), Status::kOk);
-  {
-    Messages messages;
-    EXPECT_EQ(messages.fail({Status::kBackendError, "first %d"}, 7),
-              Status::kBackendError);
-    messages.warn("second");
-    EXPECT_TRUE(received.empty());
-    messages.send();
-    ASSERT_EQ(received.size(), 2u);
-    EXPECT_EQ(received[0].level, 1);
-    EXPECT_EQ(received[0].argument, 7);
-    EXPECT_EQ(received[1].level, 2);
-    messages.send();
-    messages.warn("third");
-  }
-  EXPECT_EQ(received.size(), 3u) << "sent at the end at the latest";
 }
 
 // ---- the printer ----
