@@ -128,8 +128,6 @@ class BadInput : public ::testing::Test {
     Kiv_Tensor_t inContext = records.input;
     call(api.graphAddNode, objects.graph, records.op);
     call(api.backendValidateOpConfig, objects.backend, records.op);
-    call(api.graphExecute, objects.graph, op.inputTensors, op.numInputs,
-         op.outputTensors, op.numOutputs, nullptr, nullptr);
     call(api.tensorCreateGraphTensor, objects.graph, &inGraph);
     call(api.tensorCreateContextTensor, objects.context, &inContext);
     set(api.backendSetConfig, objects.backend, records.forBackend);
@@ -138,6 +136,11 @@ class BadInput : public ::testing::Test {
     set(api.graphSetConfig, objects.graph, records.forGraph);
     set(api.profileSetConfig, profile, records.forProfile);
     set(api.deviceSetConfig, device, records.forDevice);
+    // It has codes of its own for tensors that are not there.
+    const std::set<Code> others = codes;
+    call(api.graphExecute, objects.graph, op.inputTensors, op.numInputs,
+         op.outputTensors, op.numOutputs, nullptr, nullptr);
+    codes = others;
     return areAccepted;
   }
 
@@ -160,7 +163,6 @@ class BadInput : public ::testing::Test {
                  const std::string& message) {
     LogCapture log(api);
     if (useWith(field, value)) return code == KIV_SUCCESS;
-    if (code != 6000) codes.erase(6000);  // of an execution without tensors
     bool isLogged = false;
     for (const std::string& line : log.take())
       isLogged = isLogged || line.starts_with("1: " + message);
