@@ -46,5 +46,12 @@ TEST(LiteralsTest, QuotesByteForByte) {
     EXPECT_FALSE(isUnsafeInLiteral(text)) << text;
 }
 
+// Three octal digits always, and nothing that could begin a trigraph.
+TEST(LiteralsTest, EscapesWhatWouldNotReadBack) {
+  EXPECT_EQ(escapedLiteral("a\"b\\ ?\?= \x01"
+                           "7\x7F\n\xC3"),
+            "\"a\\\"b\\\\ ?\\?= \\0017\\177\\012\xC3\"");
+}
+
 }  // namespace
 }  // namespace kiv::output::test
