@@ -173,7 +173,9 @@ void setDirectory(const test::DynamicLibrary& library, const fs::path& path) {
 
 Recorder::Recorder(const std::string& library, fs::path directory)
     : directory_(std::move(directory)), library_(library) {
-  fs::create_directories(directory_);
+  // Another's directory would be removed at the end.
+  if (!fs::create_directory(directory_))
+    throw std::runtime_error(directory_.string() + " exists already");
   setDirectory(library_, directory_);
   objects_ = test::createObjects(api(), "net");
   if (objects_.graph == nullptr)

@@ -14,14 +14,15 @@
 
 namespace kiv::benchmarks {
 
-// The library as a client has it, loaded from a path and recording into a
+// The library as a client has it, loaded from a path and recording into a new
 // directory, with a backend, a context and a graph:
 //
 //   Recorder recorder("build/release/src/libKivSaver.so", "files/ours");
 //   recorder.api().propertyHasCapability(1);
 //
 // Its end unloads the library and removes the directory. One at a time may use
-// a library; a second one needs a copy of the library's file. For one thread.
+// a library; a second one needs a copy of the library's file. One thread owns
+// it; api() is for all.
 class Recorder {
  public:
   Recorder(const std::string& library, std::filesystem::path directory);

@@ -65,7 +65,6 @@ class Tensors {
 // The first calls of a second copy of the library run in turn with the last
 // ones of the first copy, so that both see the same noise.
 void printMillionTensors(const Settings& settings) {
-  fs::create_directories(settings.directory);
   const fs::path copy = settings.directory / "second_library.so";
   fs::copy_file(settings.library, copy, fs::copy_options::overwrite_existing);
   Tensors many(settings.library, settings.directory / "many");

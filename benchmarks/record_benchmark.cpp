@@ -55,6 +55,9 @@ int main(int argc, char** argv) {
   try {
     checkIsOnDisk(settings.directory);
     settings.directory /= "record_benchmark_files";
+    // A killed run may have left it.
+    std::filesystem::remove_all(settings.directory);
+    std::filesystem::create_directory(settings.directory);
     if (mode == "table") {
       printTable(settings);
     } else {

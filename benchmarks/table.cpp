@@ -23,7 +23,7 @@ struct Sizes {
 class Floor {
  public:
   explicit Floor(fs::path directory) : directory_(std::move(directory)) {
-    fs::create_directories(directory_);
+    fs::create_directory(directory_);
     model_ = std::fopen((directory_ / "model").c_str(), "wb");
     data_ = std::fopen((directory_ / "data").c_str(), "wb");
     if (model_ == nullptr || data_ == nullptr)

@@ -16,7 +16,7 @@ namespace kiv::benchmarks {
 
 struct Settings {
   std::string library;
-  // On a disk, not in memory; the benchmarks' files live in it for a while.
+  // Exists, on a disk; the benchmarks make their files in it.
   std::filesystem::path directory;
 };
 
