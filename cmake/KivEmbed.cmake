@@ -12,12 +12,18 @@
 # The text stands in raw string literals, so it is refused if it holds a zero
 # byte, a carriage return or the literals' end, which is )kiv_text".
 #
-# The build runs this file as a script that writes the header.
+# The target kiv_embedded_texts makes all such headers, for tools that read the
+# sources without building them. The build runs this file as a script that
+# writes one header.
 
 if(CMAKE_SCRIPT_MODE_FILE STREQUAL CMAKE_CURRENT_LIST_FILE)
   cmake_minimum_required(VERSION 3.22)
 endif()
 set(kiv_embed_script ${CMAKE_CURRENT_LIST_FILE})
+
+if(NOT CMAKE_SCRIPT_MODE_FILE AND NOT TARGET kiv_embedded_texts)
+  add_custom_target(kiv_embedded_texts)
+endif()
 
 function(kiv_embed_text target variable file)
   get_filename_component(file ${file} ABSOLUTE)
@@ -30,7 +36,9 @@ function(kiv_embed_text target variable file)
     DEPENDS ${file} ${kiv_embed_script}
     COMMENT "Embedding ${name}"
     VERBATIM)
-  target_sources(${target} PRIVATE ${header})
+  add_custom_target(${target}_${name} DEPENDS ${header})
+  add_dependencies(kiv_embedded_texts ${target}_${name})
+  add_dependencies(${target} ${target}_${name})
   target_include_directories(${target} PRIVATE ${directory})
 endfunction()
 
