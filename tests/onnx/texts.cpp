@@ -67,7 +67,7 @@ std::string textOf(const Network& network, const Graph& graph) {
   for (const Node& node : graph.nodes) {
     std::string parameters;
     for (const Parameter& parameter : node.parameters) {
-      parameters += " " + textOf(parameter);
+      parameters += ' ' + textOf(parameter);
       const auto* below = std::get_if<std::unique_ptr<Graph>>(&parameter.value);
       if (below != nullptr) text += textOf(network, **below);
     }

@@ -92,7 +92,7 @@ class Worker {
   }
 
   std::string name(const char* what, int round) const {
-    return "t" + std::to_string(thread_) + "_" + what + std::to_string(round);
+    return 't' + std::to_string(thread_) + '_' + what + std::to_string(round);
   }
   void expectOk(Code code) { failures_ += code == 0 ? 0 : 1; }
 
