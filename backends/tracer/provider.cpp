@@ -24,8 +24,8 @@ KivInterface_t makeProvider() {
 }
 
 const KivInterface_t** providers() {
-  static const KivInterface_t provider = makeProvider();
-  static const KivInterface_t* list[] = {&provider};
+  static const KivInterface_t kProvider = makeProvider();
+  static const KivInterface_t* list[] = {&kProvider};
   return list;
 }
 

@@ -14,15 +14,15 @@ constinit std::atomic<std::uint32_t> forks = 0;
 
 // The handler is registered when the library is loaded, and goes with it: the C
 // library notes whose handler it is.
-const bool isCounting =
+const bool kCountsForks =
     ::pthread_atfork(nullptr, nullptr, [] { ++forks; }) == 0;
 
 }  // namespace
 
 // A process that had no memory for the handler is known by its id.
 std::uint32_t forkCount() {
-  return isCounting ? forks.load(std::memory_order_relaxed)
-                    : static_cast<std::uint32_t>(::getpid());
+  return kCountsForks ? forks.load(std::memory_order_relaxed)
+                      : static_cast<std::uint32_t>(::getpid());
 }
 
 // Threads run on while exit handlers and destructors do.
