@@ -10,7 +10,8 @@
 
 namespace kiv::tracer {
 
-// The line of one call, made from its arguments in the interface's order:
+// The line of one call, made on the call's thread from its arguments in the
+// interface's order:
 //
 //   return traced("profileCreate", [&](Call& call) {
 //     call.handle(Kind::kBackend, backend)
@@ -48,11 +49,11 @@ class Call {
   }
   // The same with a new handle; none is made for a null target.
   Call& create(Kind kind, void** target);
-  // The same with a handle that is there already.
+  // The same with a handle that exists already.
   Call& giveHandle(Kind kind, void** target, void* handle);
 
-  // For what the functions above do not cover: the arguments, and what stands
-  // behind the arrow.
+  // The arguments, and the text behind the arrow, for calls that the functions
+  // above do not cover.
   LineWriter& line() { return line_; }
   LineWriter& result() { return result_; }
   Tracer& tracer() { return tracer_; }
@@ -69,8 +70,8 @@ class Call {
   bool isShown_ = true;
 };
 
-// Runs `describe`, which names the arguments of a call and does what there is
-// to do, then prints the line. Every call succeeds.
+// Runs `describe`, which names the arguments of a call and carries it out, then
+// prints the line. Every call succeeds.
 template <typename Describe>
 Kiv_ErrorHandle_t traced(std::string_view function,
                          Describe describe) noexcept {

@@ -3,7 +3,7 @@
 namespace kiv::tracer {
 namespace {
 
-// A backend's own record. `Gpu` is what the GPU backend takes it for.
+// Prints a record of the backend's own. `Gpu` is its type for the GPU backend.
 template <typename Gpu>
 void printCustom(LineWriter& line, const void* config) {
   if (line.showsGpuRecords()) {
@@ -111,9 +111,8 @@ void print(LineWriter& line,
            const KivContext_AsyncExecutionQueueDepth_t& depth) {
   line.begin('{').field("type", depth.type);
   if (enumValue(depth.type) ==
-      KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC) {
+      KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC)
     line.field("depth", depth.depth);
-  }
   line.end('}');
 }
 

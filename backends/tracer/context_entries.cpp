@@ -9,7 +9,7 @@ namespace {
 
 using Size = Kiv_ContextBinarySize_t;
 
-// What a context's binary holds.
+// The content of a context's binary.
 std::string binaryOf(const HandleTable& handles, Kiv_ContextHandle_t context) {
   return "KIV_TRACER binary of " + handles.nameOf(Kind::kContext, context);
 }

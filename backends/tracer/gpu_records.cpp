@@ -25,13 +25,12 @@ void printValue(LineWriter& line, const KivGpuContext_CustomConfig_t& config) {
 
 }  // namespace
 
-// An unknown option shows as the undefined one with a high hint, which is what
-// a recording makes of it.
+// An unknown option shows as the undefined one with a high hint, as a recording
+// writes it.
 void print(LineWriter& line, const KivGpuContext_CustomConfig_t& config) {
   std::uint32_t option = enumValue(config.option);
-  if (option > KIV_GPU_CONTEXT_CONFIG_OPTION_INVALIDATE_KERNEL_REPO) {
+  if (option > KIV_GPU_CONTEXT_CONFIG_OPTION_INVALIDATE_KERNEL_REPO)
     option = KIV_GPU_CONTEXT_CONFIG_OPTION_UNDEFINED;
-  }
   line.begin('{').field("option", option);
   printValue(line, config);
   line.end('}');

@@ -32,9 +32,8 @@ Kiv_ErrorHandle_t graphCreateSubgraph(Kiv_GraphHandle_t graph, const char* name,
     call.handle(Kind::kGraph, graph).value(name);
     call.create(Kind::kGraph, subgraph);
     GraphNames& graphs = call.tracer().graphs;
-    if (subgraph != nullptr) {
+    if (subgraph != nullptr)
       graphs.add(graphs.contextOf(graph), name, *subgraph);
-    }
   });
 }
 
@@ -88,7 +87,7 @@ Kiv_ErrorHandle_t graphExecute(Kiv_GraphHandle_t graph,
   });
 }
 
-// Is over at once, and says so before it returns.
+// The execution ends at once: the client is notified before the call returns.
 Kiv_ErrorHandle_t graphExecuteAsync(
     Kiv_GraphHandle_t graph, const Kiv_Tensor_t* inputs, uint32_t numInputs,
     Kiv_Tensor_t* outputs, uint32_t numOutputs, Kiv_ProfileHandle_t profile,

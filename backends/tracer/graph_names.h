@@ -10,11 +10,11 @@
 
 namespace kiv::tracer {
 
-// Which graph a name stands for in a context. A graph below another one is
-// known in the same context. May be used from any thread.
+// The graphs of each context by name. A graph below another one is known in the
+// same context. May be used from any thread.
 class GraphNames {
  public:
-  // A graph of a name that is there already takes the name over.
+  // A graph whose name is in use takes the name over.
   void add(Kiv_ContextHandle_t context, const char* name,
            Kiv_GraphHandle_t graph);
   // The graph of that name, made if there is none.

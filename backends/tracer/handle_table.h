@@ -21,8 +21,8 @@ enum class Kind : std::uint8_t {
 
 inline constexpr std::size_t kKindCount = 8;
 
-// Hands out handles and tells the name of a handle in the trace: its kind and
-// its number in order of creation, counted for each kind from 0.
+// Hands out handles and names them in the trace: a name is the handle's kind
+// and its number in order of creation, counted for each kind from 0.
 //
 //   void* context = table.create(Kind::kContext);
 //   table.nameOf(Kind::kContext, context);  // "context#0"

@@ -11,9 +11,8 @@ constexpr char kHexDigits[] = "0123456789abcdef";
 std::uint64_t hashOf(const void* bytes, std::uint64_t count) {
   std::uint64_t hash = 0xcbf29ce484222325;
   const auto* byte = static_cast<const unsigned char*>(bytes);
-  for (std::uint64_t i = 0; i < count; ++i) {
+  for (std::uint64_t i = 0; i < count; ++i)
     hash = (hash ^ byte[i]) * 0x100000001b3;
-  }
   return hash;
 }
 

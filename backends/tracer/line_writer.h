@@ -47,7 +47,8 @@ requires std::is_enum_v<Enum> std::uint32_t enumValue(const Enum& value) {
   return number;
 }
 
-// Memory of a backend's or a client's own making: only its presence is shown.
+// Memory in a form that only a backend or a client knows: its presence is
+// shown.
 struct Opaque {
   bool isSet;
 };
@@ -57,8 +58,8 @@ struct Opaque {
 //   line.begin('{').field("axis", 1).field("name", "x").end('}');
 //   line.text();  // {axis=1, name="x"}
 //
-// Commas come by themselves: the character at the end of the text tells
-// whether the next item is the first of its list.
+// Commas come by themselves: the character at the end of the text shows whether
+// the next item is the first of its list. For one call, on one thread.
 class LineWriter {
  public:
   // With `showsGpuRecords`, custom configs are taken for the GPU backend's.
@@ -92,8 +93,8 @@ class LineWriter {
   std::string text_;
 };
 
-// Nine significant digits (17 for a double), which tell any two values apart;
-// every NaN is "nan". The locale has no part in it.
+// Nine significant digits (17 for a double), so that two values never look the
+// same; every NaN is "nan", and the locale has no part in it.
 void print(LineWriter& line, float value);
 void print(LineWriter& line, double value);
 // Quoted; null for null. All but printable ASCII is escaped as \xHH.
@@ -114,7 +115,7 @@ void print(LineWriter& line, const Enum& value) {
   print(line, enumValue(value));
 }
 
-// What a pointer leads to.
+// The target of a pointer, or null.
 template <typename T>
 void print(LineWriter& line, const T* target) {
   if (target == nullptr) {
@@ -136,13 +137,12 @@ void print(LineWriter& line, const Array<T>& array) {
   line.end(']');
 }
 
-// No list and a list of nothing are the same.
+// A missing list and an empty one look the same.
 template <typename T>
 void print(LineWriter& line, const List<T>& list) {
   line.begin('[');
-  for (auto item = list.items; item != nullptr && *item != nullptr; ++item) {
+  for (auto item = list.items; item != nullptr && *item != nullptr; ++item)
     print(line, **item);
-  }
   line.end(']');
 }
 

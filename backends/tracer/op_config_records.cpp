@@ -64,9 +64,8 @@ void print(LineWriter& line, const Kiv_Param_t& param) {
 
 void print(LineWriter& line, const Kiv_OpConfig_t& config) {
   line.begin('{').field("version", config.version);
-  if (enumValue(config.version) == KIV_OP_CONFIG_VERSION_1) {
+  if (enumValue(config.version) == KIV_OP_CONFIG_VERSION_1)
     printFields(line, config.v1);
-  }
   line.end('}');
 }
 

@@ -3,8 +3,8 @@
 #include "call.h"
 #include "entries.h"
 
-// Signals, registered memory, error messages and the operations to come: what
-// other libraries may leave out.
+// Signals, registered memory, error messages and the operations to come. Other
+// libraries may leave these out.
 namespace kiv::tracer {
 
 namespace {

@@ -1,7 +1,7 @@
 #include "records.h"
 
-// Records of which the interface declares the first field only. More may stand
-// behind it, which is not read.
+// The interface declares only the first field of these records. More fields may
+// follow in memory; they are not read.
 namespace kiv::tracer {
 
 void print(LineWriter& line, const KivGraph_EnvironmentDescriptor_t& part) {

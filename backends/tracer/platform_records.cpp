@@ -5,9 +5,8 @@ namespace kiv::tracer {
 
 void print(LineWriter& line, const KivDevice_CoreInfo_t& core) {
   line.begin('{').field("version", core.version);
-  if (enumValue(core.version) == KIV_DEVICE_CORE_INFO_VERSION_1) {
+  if (enumValue(core.version) == KIV_DEVICE_CORE_INFO_VERSION_1)
     line.field("id", core.v1.coreId).field("type", core.v1.coreType);
-  }
   line.end('}');
 }
 

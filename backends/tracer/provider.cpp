@@ -32,13 +32,12 @@ const KivInterface_t** providers() {
 }  // namespace
 }  // namespace kiv::tracer
 
-// Not a call of the trace itself, but it begins one: the output is opened here,
-// so that a client that calls nothing leaves an empty file, not an old one.
+// This call is not part of the trace, but it opens the output, so that a client
+// that calls nothing else leaves an empty file, not an old one.
 Kiv_ErrorHandle_t KivInterface_getProviders(
     const KivInterface_t*** providerList, uint32_t* numProviders) {
-  if (providerList == nullptr || numProviders == nullptr) {
+  if (providerList == nullptr || numProviders == nullptr)
     return KIV_COMMON_ERROR_INVALID_ARGUMENT;
-  }
   try {
     kiv::tracer::Tracer::instance();
   } catch (...) {

@@ -39,7 +39,7 @@ void printEncoding(LineWriter& line, const Kiv_QuantizeParams_t& quantize) {
       printFields(line, quantize.bwAxisScaleOffsetEncoding);
       break;
     default:
-      // Undefined or unknown: the union may hold anything.
+      // The union of an undefined or unknown encoding may hold anything.
       break;
   }
 }

@@ -4,7 +4,8 @@
 
 namespace kiv::tracer {
 
-// What the environment asks for; read once, at the first call.
+// The settings that environment variables make; read once, at the first call,
+// and constant from then on.
 struct Settings {
   // KIV_TRACER_OUTPUT: the file to print to; empty for standard error.
   std::string outputPath;

@@ -4,7 +4,7 @@
 namespace kiv::tracer {
 namespace {
 
-// Where a tensor's id is; null for a version that is not known.
+// The address of a tensor's id; null for a version that is not known.
 uint32_t* idOf(Kiv_Tensor_t* tensor) {
   if (tensor == nullptr) return nullptr;
   const std::uint32_t version = enumValue(tensor->version);

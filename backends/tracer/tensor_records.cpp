@@ -4,8 +4,9 @@
 namespace kiv::tracer {
 namespace {
 
-// Without data the size is left out, since it says nothing. Of a size that ends
-// amid an element the hash covers whole elements only: no more is recorded.
+// The size of a buffer without data is left out, since it means nothing. The
+// hash of a buffer that ends amid an element covers its whole elements only,
+// since a recording holds no more.
 void printBuffer(LineWriter& line, const Kiv_ClientBuffer_t& buffer,
                  const Kiv_DataType_t& type) {
   if (buffer.data == nullptr) {
@@ -27,7 +28,7 @@ void printMemory(LineWriter& line, const TensorV& tensor) {
   }
 }
 
-// The fields that both versions have.
+// Prints the fields that both versions have.
 template <typename TensorV>
 void printCommonFields(LineWriter& line, const TensorV& tensor) {
   line.field("id", tensor.id)

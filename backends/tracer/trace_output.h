@@ -6,9 +6,9 @@
 
 namespace kiv::tracer {
 
-// Where the lines go. Each is written in one piece and flushed, so a program
-// that crashes has left all lines before the crash. May be used from any
-// thread.
+// The file that the lines go to. Each line is written in one piece and flushed,
+// so a program that crashes has left all lines before the crash. May be used
+// from any thread.
 class TraceOutput {
  public:
   // Starts the file at `path` afresh. An empty path stands for standard error,

@@ -27,8 +27,9 @@ class Platform {
   KivDevice_PlatformInfo_t info_;
 };
 
-// All that the library keeps. There is one from the first call until the
-// library is unloaded, which closes the output.
+// All state of the library. There is one Tracer from the first call until the
+// library is unloaded, which closes the output. Its parts may be used from any
+// thread.
 struct Tracer {
   static Tracer& instance();
 

@@ -89,7 +89,7 @@ static void multiply(const KIV_INTERFACE_VER_TYPE* api,
   CALL(tensorCreateGraphTensor, graph, &w);
   CALL(tensorCreateGraphTensor, graph, &y);
 
-  /* The tensors are told by the ids that they have now. */
+  /* The ids that the tensors have now identify them. */
   w.v1.clientBuf = (Kiv_ClientBuffer_t){NULL, 0};
   Kiv_Tensor_t operands[] = {x, w};
   Kiv_OpConfig_t product = {.version = KIV_OP_CONFIG_VERSION_1};

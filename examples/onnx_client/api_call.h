@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_API_CALL_H
-#define ONNX_CLIENT_API_CALL_H
+#pragma once
 
 // Calls of the API with their status checked:
 //
@@ -13,27 +12,24 @@
 
 namespace onnx_client {
 
-inline void throwFailure(const char* name, uint32_t code) {
+inline void throwFailure(const char* name, std::uint32_t code) {
   throw ClientError(std::string(name) + " failed with " + std::to_string(code));
 }
 
-// The status; a ClientError only if the library has no such function.
+// Returns the call's status; a ClientError if the library has no such function.
 template <typename Result, typename... Parameters, typename... Arguments>
-uint32_t tryCall(const char* name, Result (*function)(Parameters...),
-                 Arguments... arguments) {
-  if (function == nullptr) {
+std::uint32_t tryCall(const char* name, Result (*function)(Parameters...),
+                      Arguments... arguments) {
+  if (function == nullptr)
     throw ClientError(std::string("the library has no ") + name);
-  }
-  return static_cast<uint32_t>(function(arguments...));
+  return static_cast<std::uint32_t>(function(arguments...));
 }
 
-// A ClientError with the code if the call fails.
+// Makes the call; a ClientError with the code if it fails.
 template <typename Function, typename... Arguments>
 void call(const char* name, Function function, Arguments... arguments) {
-  const uint32_t code = tryCall(name, function, arguments...);
+  const std::uint32_t code = tryCall(name, function, arguments...);
   if (code != KIV_SUCCESS) throwFailure(name, code);
 }
 
 }  // namespace onnx_client
-
-#endif

@@ -8,7 +8,6 @@
 #include "tensor_data.h"
 
 namespace onnx_client {
-
 namespace {
 
 using onnx::AttributeProto;
@@ -18,22 +17,21 @@ Tensor listTensor(Kiv_DataType_t dataType, const Elements& elements) {
   Tensor tensor;
   tensor.type = KIV_TENSOR_TYPE_STATIC;
   tensor.dataType = dataType;
-  const auto count = static_cast<size_t>(elements.size());
+  const auto count = static_cast<std::size_t>(elements.size());
   tensor.shape.known = true;
-  tensor.shape.dimensions = {static_cast<uint32_t>(count)};
+  tensor.shape.dimensions = {static_cast<std::uint32_t>(count)};
   tensor.data.resize(count * elementSize(dataType));
-  if (count > 0) {
+  if (count > 0)
     std::memcpy(tensor.data.data(), elements.data(), tensor.data.size());
-  }
   return tensor;
 }
 
-Parameter intParameter(const std::string& name, int64_t value) {
-  if (value < std::numeric_limits<int32_t>::min() ||
-      value > std::numeric_limits<int32_t>::max()) {
+Parameter intParameter(const std::string& name, std::int64_t value) {
+  if (value < std::numeric_limits<std::int32_t>::min() ||
+      value > std::numeric_limits<std::int32_t>::max()) {
     return {name, listTensor(KIV_DATA_TYPE_INT_64, std::vector{value})};
   }
-  return {name, static_cast<int32_t>(value)};
+  return {name, static_cast<std::int32_t>(value)};
 }
 
 Parameter stringParameter(const std::string& name, const std::string& value) {
@@ -71,9 +69,8 @@ class AttributeReader {
   template <typename Elements, typename Make>
   void addEach(const std::string& name, const Elements& elements, Make make) {
     int index = 0;
-    for (const auto& element : elements) {
+    for (const auto& element : elements)
       add(make(name + "_" + std::to_string(index++), element));
-    }
   }
 
   Parameter graph(const std::string& name, const onnx::GraphProto& proto) {
@@ -91,9 +88,8 @@ class AttributeReader {
 
 void AttributeReader::read(const AttributeProto& attribute) {
   const std::string& name = checkedName(attribute.name());
-  if (!attribute.ref_attr_name().empty()) {
+  if (!attribute.ref_attr_name().empty())
     throw NotAccepted("attribute " + name + " refers to a function's");
-  }
   const auto readGraph = [this](const std::string& parameter,
                                 const onnx::GraphProto& proto) {
     return graph(parameter, proto);
@@ -125,21 +121,20 @@ void AttributeReader::read(const AttributeProto& attribute) {
   }
 }
 
-// Tensors among the parameters are told apart by node and parameter.
+// Names tensors among the parameters after their node and parameter, so that
+// names differ.
 void nameTensors(const std::string& node, std::vector<Parameter>& parameters) {
   for (Parameter& parameter : parameters) {
-    if (Tensor* tensor = std::get_if<Tensor>(&parameter.value)) {
+    if (Tensor* tensor = std::get_if<Tensor>(&parameter.value))
       tensor->name = node + "_" + parameter.name;
-    }
   }
 }
 
 }  // namespace
 
 const std::string& checkedName(const std::string& name) {
-  if (name.find('\0') != std::string::npos) {
+  if (name.find('\0') != std::string::npos)
     throw ClientError("a name in the network holds a NUL character");
-  }
   return name;
 }
 
@@ -147,9 +142,8 @@ std::vector<Parameter> readAttributes(const onnx::NodeProto& node,
                                       const std::string& nodeName,
                                       const SubgraphReader& readSubgraph) {
   AttributeReader reader(readSubgraph);
-  for (const AttributeProto& attribute : node.attribute()) {
+  for (const AttributeProto& attribute : node.attribute())
     reader.read(attribute);
-  }
   std::vector<Parameter> parameters = reader.take();
   nameTensors(nodeName, parameters);
   return parameters;

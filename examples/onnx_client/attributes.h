@@ -1,7 +1,6 @@
-#ifndef ONNX_CLIENT_ATTRIBUTES_H
-#define ONNX_CLIENT_ATTRIBUTES_H
+#pragma once
 
-// Attributes of an ONNX node to parameters of an operation:
+// Turns attributes of an ONNX node into parameters of an operation:
 //
 //   float                   scalar, 32-bit float
 //   int                     scalar, 32 bits; a static tensor of one 64-bit
@@ -40,5 +39,3 @@ std::vector<Parameter> readAttributes(const onnx::NodeProto& node,
                                       const SubgraphReader& readSubgraph);
 
 }  // namespace onnx_client
-
-#endif

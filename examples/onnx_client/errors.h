@@ -1,19 +1,18 @@
-#ifndef ONNX_CLIENT_ERRORS_H
-#define ONNX_CLIENT_ERRORS_H
+#pragma once
 
-// What ends the program with one line and status 1.
+// Errors that end the program with one line and status 1.
 
 #include <stdexcept>
 #include <string>
 
 namespace onnx_client {
 
-// The text says what failed and, where there is one, the file's name.
+// The text says what failed and names the file, if there is one.
 class ClientError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// A sound network that the Kiv API has no words for.
+// A sound network that the Kiv API cannot express.
 class NotAccepted : public ClientError {
  public:
   explicit NotAccepted(const std::string& why)
@@ -21,5 +20,3 @@ class NotAccepted : public ClientError {
 };
 
 }  // namespace onnx_client
-
-#endif

@@ -9,30 +9,27 @@
 #include "tensor_records.h"
 
 namespace onnx_client {
-
 namespace {
 
-constexpr uint64_t kMostBytes = uint64_t{2} << 30;
+constexpr std::uint64_t kMostBytes = std::uint64_t{2} << 30;
 
-uint32_t sizeOf(const Tensor& tensor) {
+std::uint32_t sizeOf(const Tensor& tensor) {
   return byteSize(tensor.dataType, tensor.shape.dimensions, tensor.name);
 }
 
-std::vector<uint8_t> readProtobuf(const std::string& path,
-                                  const Tensor& tensor) {
+std::vector<std::uint8_t> readProtobuf(const std::string& path,
+                                       const Tensor& tensor) {
   onnx::TensorProto proto;
-  if (!proto.ParseFromString(readFile(path))) {
+  if (!proto.ParseFromString(readFile(path)))
     throw ClientError(path + " is not an ONNX tensor");
-  }
   Tensor read = readTensor(proto, path);
-  if (read.dataType != tensor.dataType) {
+  if (read.dataType != tensor.dataType)
     throw ClientError(path + " has not the element type of " + tensor.name);
-  }
   return std::move(read.data);
 }
 
-std::vector<uint8_t> readInputFile(const std::string& path,
-                                   const Tensor& tensor) {
+std::vector<std::uint8_t> readInputFile(const std::string& path,
+                                        const Tensor& tensor) {
   if (path.ends_with(".pb")) return readProtobuf(path, tensor);
   const std::string bytes = readFile(path);
   return {bytes.begin(), bytes.end()};
@@ -41,7 +38,7 @@ std::vector<uint8_t> readInputFile(const std::string& path,
 }  // namespace
 
 Execution::Execution(Network& network, const std::vector<std::string>& files,
-                     uint64_t seed)
+                     std::uint64_t seed)
     : generator_(seed) {
   checkSize(network);
   for (const TensorIndex index : network.graph.inputs) {
@@ -54,7 +51,8 @@ Execution::Execution(Network& network, const std::vector<std::string>& files,
     throw ClientError("the network has only " + std::to_string(inputs_.size()) +
                       " inputs");
   }
-  for (size_t i = 0; i < files.size(); ++i) readInput(files[i], inputs_[i]);
+  for (std::size_t i = 0; i < files.size(); ++i)
+    readInput(files[i], inputs_[i]);
 }
 
 void Execution::prepare() {
@@ -63,24 +61,21 @@ void Execution::prepare() {
     buffer.data.resize(sizeOf(*buffer.tensor));
     fillRandom(generator_, buffer.tensor->dataType, buffer.data);
   }
-  for (Buffer& buffer : outputs_) {
-    buffer.data.assign(sizeOf(*buffer.tensor), 0);
-  }
+  for (Buffer& buffer : outputs_) buffer.data.assign(sizeOf(*buffer.tensor), 0);
 }
 
-uint64_t Execution::bytes() const {
-  uint64_t bytes = 0;
+std::uint64_t Execution::bytes() const {
+  std::uint64_t bytes = 0;
   for (const Buffer& buffer : inputs_) bytes += buffer.data.size();
   for (const Buffer& buffer : outputs_) bytes += buffer.data.size();
   return bytes;
 }
 
 void Execution::checkSize(const Network& network) const {
-  uint64_t bytes = 0;
+  std::uint64_t bytes = 0;
   for (const auto* list : {&network.graph.inputs, &network.graph.outputs}) {
-    for (const TensorIndex index : *list) {
+    for (const TensorIndex index : *list)
       bytes += sizeOf(network.tensors[index]);
-    }
   }
   if (bytes > kMostBytes) {
     throw NotAccepted("inputs and outputs take " + std::to_string(bytes) +
@@ -89,7 +84,7 @@ void Execution::checkSize(const Network& network) const {
 }
 
 void Execution::readInput(const std::string& path, Buffer& buffer) {
-  const uint32_t wanted = sizeOf(*buffer.tensor);
+  const std::uint32_t wanted = sizeOf(*buffer.tensor);
   buffer.random = false;
   buffer.data = readInputFile(path, *buffer.tensor);
   if (buffer.data.size() != wanted) {
@@ -102,9 +97,8 @@ void Execution::readInput(const std::string& path, Buffer& buffer) {
 std::vector<Kiv_Tensor_t> Execution::records(std::vector<Buffer>& buffers) {
   std::vector<Kiv_Tensor_t> records;
   records.reserve(buffers.size());
-  for (Buffer& buffer : buffers) {
+  for (Buffer& buffer : buffers)
     records.push_back(tensorRecord(*buffer.tensor, buffer.data));
-  }
   return records;
 }
 

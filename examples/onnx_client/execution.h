@@ -1,7 +1,10 @@
-#ifndef ONNX_CLIENT_EXECUTION_H
-#define ONNX_CLIENT_EXECUTION_H
+#pragma once
 
-// The inputs and outputs of a network's executions.
+// The inputs and outputs of a network's executions:
+//
+//   Execution execution(network, {"input.bin"}, seed);
+//   execution.prepare();
+//   api.graphExecute(graph, execution.inputs().data(), ...);
 
 #include <cstdint>
 #include <random>
@@ -15,10 +18,10 @@ namespace onnx_client {
 class Execution {
  public:
   // Reads the files, in the order of the inputs; inputs without one get random
-  // values, new ones for each execution. A ClientError for a file that doesn't
+  // values, new ones for each execution. A ClientError for a file that does not
   // fit its input, NotAccepted for a network that needs more than 2 GiB.
   Execution(Network& network, const std::vector<std::string>& files,
-            uint64_t seed);
+            std::uint64_t seed);
 
   // Random values for the inputs that have them, zeroes for the outputs.
   void prepare();
@@ -28,13 +31,13 @@ class Execution {
   std::vector<Kiv_Tensor_t> outputs() { return records(outputs_); }
 
   // Bytes of all inputs and outputs.
-  uint64_t bytes() const;
+  std::uint64_t bytes() const;
 
  private:
   struct Buffer {
     Tensor* tensor;
     bool random;
-    std::vector<uint8_t> data;
+    std::vector<std::uint8_t> data;
   };
 
   void checkSize(const Network& network) const;
@@ -47,5 +50,3 @@ class Execution {
 };
 
 }  // namespace onnx_client
-
-#endif

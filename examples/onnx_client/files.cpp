@@ -8,10 +8,9 @@
 #include "errors.h"
 
 namespace onnx_client {
-
 namespace {
 
-constexpr size_t kLargestFile = std::numeric_limits<int32_t>::max();
+constexpr std::size_t kLargestFile = std::numeric_limits<std::int32_t>::max();
 
 }  // namespace
 
@@ -21,16 +20,15 @@ std::string readFile(const std::string& path) {
   std::string bytes;
   std::array<char, 1 << 16> block;
   while (file.read(block.data(), block.size()), file.gcount() > 0) {
-    bytes.append(block.data(), static_cast<size_t>(file.gcount()));
-    if (bytes.size() > kLargestFile) {
+    bytes.append(block.data(), static_cast<std::size_t>(file.gcount()));
+    if (bytes.size() > kLargestFile)
       throw ClientError(path + " is larger than 2 GiB");
-    }
   }
   if (file.bad()) throw ClientError("cannot read " + path);
   return bytes;
 }
 
-void writeFile(const std::string& path, std::span<const uint8_t> bytes) {
+void writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(reinterpret_cast<const char*>(bytes.data()),
              static_cast<std::streamsize>(bytes.size()));

@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_FILES_H
-#define ONNX_CLIENT_FILES_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -7,11 +6,10 @@
 
 namespace onnx_client {
 
-// All bytes of a file of at most 2 GiB; a ClientError if they can't be read.
+// All bytes of a file of at most 2 GiB; a ClientError if it cannot be read.
 std::string readFile(const std::string& path);
 
-void writeFile(const std::string& path, std::span<const uint8_t> bytes);
+// Writes a file anew; a ClientError if that fails.
+void writeFile(const std::string& path, std::span<const std::uint8_t> bytes);
 
 }  // namespace onnx_client
-
-#endif

@@ -4,7 +4,6 @@
 #include "tensor_records.h"
 
 namespace onnx_client {
-
 namespace {
 
 Kiv_Scalar_t scalar(float value) {
@@ -14,7 +13,7 @@ Kiv_Scalar_t scalar(float value) {
   return record;
 }
 
-Kiv_Scalar_t scalar(int32_t value) {
+Kiv_Scalar_t scalar(std::int32_t value) {
   Kiv_Scalar_t record{};
   record.dataType = KIV_DATA_TYPE_INT_32;
   record.int32Value = value;
@@ -50,9 +49,8 @@ struct ParamWriter {
 }  // namespace
 
 void GraphBuilder::build(Graph& graph, Kiv_GraphHandle_t handle) {
-  for (const TensorIndex index : graph.tensors) {
+  for (const TensorIndex index : graph.tensors)
     createTensor(network_.tensors[index], handle);
-  }
   for (Node& node : graph.nodes) addNode(node, handle);
 }
 
@@ -81,11 +79,11 @@ void GraphBuilder::addNode(Node& node, Kiv_GraphHandle_t graph) {
   config.v1.name = node.name.c_str();
   config.v1.packageName = node.package.c_str();
   config.v1.typeName = node.type.c_str();
-  config.v1.numParams = static_cast<uint32_t>(params.size());
+  config.v1.numParams = static_cast<std::uint32_t>(params.size());
   config.v1.params = params.data();
-  config.v1.numInputs = static_cast<uint32_t>(inputs.size());
+  config.v1.numInputs = static_cast<std::uint32_t>(inputs.size());
   config.v1.inputTensors = inputs.data();
-  config.v1.numOutputs = static_cast<uint32_t>(outputs.size());
+  config.v1.numOutputs = static_cast<std::uint32_t>(outputs.size());
   config.v1.outputTensors = outputs.data();
   call("graphAddNode", api_.graphAddNode, graph, config);
   ++totals_.nodes;
@@ -121,9 +119,8 @@ std::vector<Kiv_Param_t> GraphBuilder::paramRecords(
     Kiv_Param_t record{};
     record.name = parameter.name.c_str();
     std::visit(ParamWriter{record}, parameter.value);
-    if (const Tensor* tensor = std::get_if<Tensor>(&parameter.value)) {
+    if (const Tensor* tensor = std::get_if<Tensor>(&parameter.value))
       totals_.bytes += tensor->data.size();
-    }
     records.push_back(record);
   }
   return records;

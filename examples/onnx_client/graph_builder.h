@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_GRAPH_BUILDER_H
-#define ONNX_CLIENT_GRAPH_BUILDER_H
+#pragma once
 
 // Builds a network in a context: its tensors, subgraphs and nodes.
 
@@ -13,12 +12,12 @@
 
 namespace onnx_client {
 
-// What was handed to the library, subgraphs included.
+// Amounts that were handed to the library, subgraphs included.
 struct Totals {
-  uint64_t nodes = 0;
-  uint64_t tensors = 0;
-  // Of tensor data.
-  uint64_t bytes = 0;
+  std::uint64_t nodes = 0;
+  std::uint64_t tensors = 0;
+  // Bytes of tensor data.
+  std::uint64_t bytes = 0;
 };
 
 class GraphBuilder {
@@ -47,5 +46,3 @@ class GraphBuilder {
 };
 
 }  // namespace onnx_client
-
-#endif

@@ -8,10 +8,9 @@
 #include "tensor_data.h"
 
 namespace onnx_client {
-
 namespace {
 
-// What an empty domain stands for.
+// The domain that an empty one stands for.
 constexpr const char* kDefaultDomain = "ai.onnx";
 
 std::string orElse(const std::string& text, const std::string& otherwise) {
@@ -22,9 +21,8 @@ std::string orElse(const std::string& text, const std::string& otherwise) {
 
 std::string UniqueNames::make(const std::string& base) {
   std::string name = checkedName(base);
-  while (!taken_.insert(name).second) {
+  while (!taken_.insert(name).second)
     name = base + "_" + std::to_string(++next_[base]);
-  }
   return name;
 }
 
@@ -47,16 +45,15 @@ void GraphReader::read(const onnx::GraphProto& proto, const Scope* outer,
 }
 
 void GraphReader::readInitializers(Scope& scope) {
-  if (scope.proto.sparse_initializer_size() > 0) {
+  if (scope.proto.sparse_initializer_size() > 0)
     throw NotAccepted("the network has sparse initializers");
-  }
   for (const onnx::TensorProto& initializer : scope.proto.initializer()) {
     const std::string& name = initializer.name();
     declare(scope, name, readTensor(initializer, name));
   }
 }
 
-// An input with an initializer may be left out, and is.
+// Inputs that have an initializer are optional, and are left out.
 void GraphReader::readInputs(Scope& scope) {
   const auto isInitializer = [&](const std::string& name) {
     const auto found = scope.values.find(name);
@@ -71,9 +68,8 @@ void GraphReader::readInputs(Scope& scope) {
 }
 
 void GraphReader::readNodes(Scope& scope) {
-  for (const onnx::NodeProto& node : scope.proto.node()) {
+  for (const onnx::NodeProto& node : scope.proto.node())
     scope.graph.nodes.push_back(readNode(node, scope));
-  }
 }
 
 // An output that is an initializer is known without an execution.
@@ -84,12 +80,10 @@ void GraphReader::readOutputs(Scope& scope) {
     Tensor& tensor = network_.tensors[index];
     const bool own = scope.values.contains(output.name());
     if (tensor.type == KIV_TENSOR_TYPE_STATIC) continue;
-    if (own && tensor.type == KIV_TENSOR_TYPE_INPUT) {
+    if (own && tensor.type == KIV_TENSOR_TYPE_INPUT)
       tensor.type = KIV_TENSOR_TYPE_INPUT_OUTPUT;
-    }
-    if (std::count(outputs.begin(), outputs.end(), index) == 0) {
+    if (std::count(outputs.begin(), outputs.end(), index) == 0)
       outputs.push_back(index);
-    }
   }
 }
 
@@ -101,9 +95,8 @@ Node GraphReader::readNode(const onnx::NodeProto& proto, Scope& scope) {
   node.name = nodeNames_.make(
       orElse(proto.name(),
              node.type + "_" + std::to_string(scope.graph.nodes.size())));
-  for (const std::string& input : proto.input()) {
+  for (const std::string& input : proto.input())
     node.inputs.push_back(input.empty() ? kAbsent : lookUp(scope, input));
-  }
   node.parameters = readAttributes(
       proto, node.name,
       [&](const onnx::GraphProto& graph, const std::string& name) {
@@ -131,9 +124,8 @@ TensorIndex GraphReader::declare(Scope& scope, const std::string& value,
                                  Tensor tensor) {
   const TensorIndex index = network_.tensors.size();
   if (value.empty()) throw ClientError("a tensor of the network has no name");
-  if (!scope.values.emplace(value, index).second) {
+  if (!scope.values.emplace(value, index).second)
     throw ClientError("tensor " + value + " is defined twice");
-  }
   tensor.name = tensorNames_.make(value);
   network_.tensors.push_back(std::move(tensor));
   scope.graph.tensors.push_back(index);
@@ -162,18 +154,16 @@ TensorIndex GraphReader::lookUp(const Scope& scope, const std::string& value) {
 void GraphReader::settleMainTensor(TensorIndex index) {
   Tensor& tensor = network_.tensors[index];
   const std::string what = "tensor " + tensor.name;
-  if (!tensor.shape.known) {
+  if (!tensor.shape.known)
     throw NotAccepted("the shape of " + what + " is not known");
-  }
   if (!tensor.shape.dynamic.empty()) {
     network_.notes.push_back("sizes of " + what +
                              " that are not known are taken as 1");
   }
   const auto open = openShapes_.find(tensor.name);
   if (open != openShapes_.end() &&
-      open->second.size() == tensor.shape.dimensions.size()) {
+      open->second.size() == tensor.shape.dimensions.size())
     tensor.shape.dynamic = open->second;
-  }
   byteSize(tensor.dataType, tensor.shape.dimensions, what);
 }
 

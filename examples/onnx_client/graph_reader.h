@@ -1,10 +1,10 @@
-#ifndef ONNX_CLIENT_GRAPH_READER_H
-#define ONNX_CLIENT_GRAPH_READER_H
+#pragma once
 
-// One ONNX graph, and those in its nodes' attributes, to Graph.
+// Turns an ONNX graph, and the graphs in its nodes' attributes, into Graph.
 
 #include <onnx/onnx_pb.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -23,7 +23,7 @@ class UniqueNames {
 
  private:
   std::unordered_set<std::string> taken_;
-  std::unordered_map<std::string, size_t> next_;
+  std::unordered_map<std::string, std::size_t> next_;
 };
 
 class GraphReader {
@@ -70,5 +70,3 @@ class GraphReader {
 };
 
 }  // namespace onnx_client
-
-#endif

@@ -6,7 +6,6 @@
 #include "errors.h"
 
 namespace onnx_client {
-
 namespace {
 
 // A name without a slash is a file in the current directory.
@@ -14,22 +13,20 @@ void* load(const std::string& path) {
   const bool bare = path.find('/') == std::string::npos;
   void* handle =
       dlopen((bare ? "./" + path : path).c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (handle == nullptr) {
+  if (handle == nullptr)
     throw ClientError(std::string("cannot load the library: ") + dlerror());
-  }
   return handle;
 }
 
 const Api& chooseProvider(KivInterface_GetProvidersFn_t getProviders,
                           const std::string& path) {
   const KivInterface_t** providers = nullptr;
-  uint32_t count = 0;
+  std::uint32_t count = 0;
   call("KivInterface_getProviders", getProviders, &providers, &count);
-  for (uint32_t i = 0; i < count; ++i) {
+  for (std::uint32_t i = 0; i < count; ++i) {
     const Kiv_Version_t& version = providers[i]->apiVersion.coreApiVersion;
-    if (version.majorVersion == KIV_CORE_API_VERSION_MAJOR) {
+    if (version.majorVersion == KIV_CORE_API_VERSION_MAJOR)
       return providers[i]->KIV_INTERFACE_VER_NAME;
-    }
   }
   throw ClientError(path + " has no provider for this version of the API");
 }
@@ -39,9 +36,8 @@ const Api& chooseProvider(KivInterface_GetProvidersFn_t getProviders,
 Library::Library(const std::string& path) : handle_(load(path)) {
   const char* name = "KivInterface_getProviders";
   const auto getProviders = symbol<KivInterface_GetProvidersFn_t>(name);
-  if (getProviders == nullptr) {
+  if (getProviders == nullptr)
     throw ClientError(path + " is no Kiv library, it has no " + name);
-  }
   api_ = &chooseProvider(getProviders, path);
 }
 

@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_LIBRARY_LOADER_H
-#define ONNX_CLIENT_LIBRARY_LOADER_H
+#pragma once
 
 // A shared library loaded by its path, and Kiv's functions in it. The one place
 // that knows how the system loads libraries.
@@ -22,7 +21,7 @@ class Library {
   // the API; valid as long as the library.
   const Api& api() const { return *api_; }
 
-  // Null if the library doesn't export it.
+  // Null if the library does not export it.
   KivSaver_InitializeFn_t saverInitialize() const;
 
  private:
@@ -38,5 +37,3 @@ class Library {
 };
 
 }  // namespace onnx_client
-
-#endif

@@ -21,7 +21,6 @@
 #include "session.h"
 
 namespace onnx_client {
-
 namespace {
 
 // The line's fields are parted by blanks, so names have none.
@@ -33,18 +32,17 @@ std::string withoutBlanks(std::string name) {
 }
 
 void printSummary(const Network& network, const Totals& totals,
-                  uint32_t executions) {
+                  std::uint32_t executions) {
   std::cout << "network=" << withoutBlanks(network.graph.name)
             << " nodes=" << totals.nodes << " tensors=" << totals.tensors
             << " bytes=" << totals.bytes << " executions=" << executions
             << '\n';
 }
 
-// Last, so that a failure is told in one line.
+// Notes are printed last, so that a failure is reported in one line.
 void printNotes(const std::vector<std::string>& notes) {
-  for (const std::string& note : notes) {
+  for (const std::string& note : notes)
     std::cerr << "onnx_client: " << note << '\n';
-  }
 }
 
 // The library is unloaded last, which ends what it records.

@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_NETWORK_H
-#define ONNX_CLIENT_NETWORK_H
+#pragma once
 
 // A network in the terms of the Kiv API, free of the format it was read from.
 
@@ -19,10 +18,10 @@ struct Graph;
 
 struct Shape {
   bool known = false;
-  std::vector<uint32_t> dimensions;
+  std::vector<std::uint32_t> dimensions;
   // One flag a dimension, 1 where the size was not given and is taken as 1;
   // empty if all sizes were given.
-  std::vector<uint8_t> dynamic;
+  std::vector<std::uint8_t> dynamic;
 };
 
 struct Tensor {
@@ -30,16 +29,16 @@ struct Tensor {
   Kiv_TensorType_t type = KIV_TENSOR_TYPE_NATIVE;
   Kiv_DataType_t dataType = KIV_DATA_TYPE_UNDEFINED;
   Shape shape;
-  // Of static tensors and tensor parameters.
-  std::vector<uint8_t> data;
-  // Used by a graph below the one it belongs to.
+  // The values of a static tensor or a tensor parameter; else empty.
+  std::vector<std::uint8_t> data;
+  // Whether a graph below the tensor's own one uses it, too.
   bool shared = false;
   // Written by the library when the tensor is created.
-  uint32_t id = 0;
+  std::uint32_t id = 0;
 };
 
 // Index of a tensor in Network::tensors.
-using TensorIndex = size_t;
+using TensorIndex = std::size_t;
 
 // An optional input or output that a node leaves out.
 inline constexpr TensorIndex kAbsent = std::numeric_limits<TensorIndex>::max();
@@ -47,7 +46,7 @@ inline constexpr TensorIndex kAbsent = std::numeric_limits<TensorIndex>::max();
 struct Parameter {
   std::string name;
   // A graph is passed on as the name of a subgraph.
-  std::variant<float, int32_t, std::string, Tensor, std::unique_ptr<Graph>>
+  std::variant<float, std::int32_t, std::string, Tensor, std::unique_ptr<Graph>>
       value;
 };
 
@@ -62,7 +61,7 @@ struct Node {
 
 struct Graph {
   std::string name;
-  // In the order of their creation.
+  // The graph's tensors in order of creation.
   std::vector<TensorIndex> tensors;
   std::vector<TensorIndex> inputs;
   std::vector<TensorIndex> outputs;
@@ -73,10 +72,8 @@ struct Network {
   // The tensors of all graphs; their names are unique.
   std::vector<Tensor> tensors;
   Graph graph;
-  // What the user should know, a line each.
+  // Remarks for the user, a line each.
   std::vector<std::string> notes;
 };
 
 }  // namespace onnx_client
-
-#endif

@@ -8,16 +8,14 @@
 #include "shapes.h"
 
 namespace onnx_client {
-
 namespace {
 
 onnx::ModelProto parseModel(const std::string& path) {
   const std::string bytes = readFile(path);
   google::protobuf::SetLogHandler(nullptr);  // the error below says it all
   onnx::ModelProto model;
-  if (!model.ParseFromString(bytes)) {
+  if (!model.ParseFromString(bytes))
     throw ClientError(path + " is not an ONNX network");
-  }
   return model;
 }
 
@@ -30,9 +28,8 @@ Network readNetwork(const std::string& path) {
 }
 
 Network readNetwork(onnx::ModelProto& model) {
-  if (model.functions_size() > 0) {
+  if (model.functions_size() > 0)
     throw NotAccepted("the network defines functions of its own");
-  }
   Network network;
   const OpenShapes openShapes = settleShapes(model, network.notes);
   GraphReader(network, openShapes).readMain(model.graph());

@@ -1,13 +1,12 @@
-#ifndef ONNX_CLIENT_NETWORK_READER_H
-#define ONNX_CLIENT_NETWORK_READER_H
+#pragma once
 
-// ONNX networks to Network.
+// Turns ONNX networks into Network.
 //
 //   Network network = readNetwork("model.onnx");
 //
 // Sizes of inputs that the file leaves open are taken as 1 and the shapes
 // behind them inferred. A file that is no network, or damaged, is a
-// ClientError; what the Kiv API cannot express is NotAccepted.
+// ClientError; a network that the Kiv API cannot express is NotAccepted.
 
 #include <onnx/onnx_pb.h>
 
@@ -23,5 +22,3 @@ Network readNetwork(const std::string& path);
 Network readNetwork(onnx::ModelProto& model);
 
 }  // namespace onnx_client
-
-#endif

@@ -7,7 +7,6 @@
 #include "errors.h"
 
 namespace onnx_client {
-
 namespace {
 
 void addRunOptions(CLI::App& app, Options& options) {
@@ -34,7 +33,7 @@ void addApiOptions(CLI::App& app, Options& options) {
                  "Profile with this level and list the events");
   app.add_option("--priority", options.priority,
                  "Priority of the context and the graph")
-      ->check(CLI::Range(0, std::numeric_limits<int32_t>::max() - 1));
+      ->check(CLI::Range(0, std::numeric_limits<std::int32_t>::max() - 1));
   app.add_flag("--device", options.device, "Open a device for the context");
   app.add_option("--save-binary", options.saveBinary,
                  "Save the finalized context to this file");

@@ -1,7 +1,6 @@
-#ifndef ONNX_CLIENT_OPTIONS_H
-#define ONNX_CLIENT_OPTIONS_H
+#pragma once
 
-// The command line.
+// The command line of onnx_client.
 
 #include <cstdint>
 #include <optional>
@@ -13,7 +12,7 @@ namespace onnx_client {
 // Options for a library that records what it is asked to do.
 struct RecordingOptions {
   std::optional<std::string> outputDirectory;
-  std::optional<uint32_t> backendId;
+  std::optional<std::uint32_t> backendId;
   std::optional<std::string> modelFile;
   std::optional<std::string> dataFile;
   bool timestamp = false;
@@ -24,11 +23,11 @@ struct RecordingOptions {
 struct Options {
   std::string network;
   std::string backend;
-  uint32_t executions = 1;
+  std::uint32_t executions = 1;
   std::vector<std::string> inputs;
-  uint64_t seed = 0;
-  std::optional<uint32_t> profileLevel;
-  std::optional<uint32_t> priority;
+  std::uint64_t seed = 0;
+  std::optional<std::uint32_t> profileLevel;
+  std::optional<std::uint32_t> priority;
   bool device = false;
   std::string saveBinary;
   std::string fromBinary;
@@ -40,5 +39,3 @@ struct Options {
 std::optional<Options> parseOptions(int argc, char** argv);
 
 }  // namespace onnx_client
-
-#endif

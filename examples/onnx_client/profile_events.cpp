@@ -6,7 +6,6 @@
 #include "api_call.h"
 
 namespace onnx_client {
-
 namespace {
 
 using Events = std::span<const KivProfile_EventId_t>;
@@ -16,7 +15,7 @@ constexpr int kDeepest = 16;
 
 void printEvent(const KivProfile_EventData_t& data, int depth) {
   const char* name = data.identifier != nullptr ? data.identifier : "unnamed";
-  std::cout << "event " << std::string(static_cast<size_t>(depth) * 2, ' ')
+  std::cout << "event " << std::string(static_cast<std::size_t>(depth) * 2, ' ')
             << name << " type=" << data.type << " unit=" << data.unit
             << " value=" << data.value << '\n';
 }
@@ -27,11 +26,10 @@ void listAll(const Api& api, Events events, int depth) {
     call("profileGetEventData", api.profileGetEventData, event, &data);
     printEvent(data, depth);
     const KivProfile_EventId_t* below = nullptr;
-    uint32_t count = 0;
+    std::uint32_t count = 0;
     call("profileGetSubEvents", api.profileGetSubEvents, event, &below, &count);
-    if (depth < kDeepest && below != nullptr) {
+    if (depth < kDeepest && below != nullptr)
       listAll(api, Events(below, count), depth + 1);
-    }
   }
 }
 
@@ -39,7 +37,7 @@ void listAll(const Api& api, Events events, int depth) {
 
 void listEvents(const Api& api, Kiv_ProfileHandle_t profile) {
   const KivProfile_EventId_t* events = nullptr;
-  uint32_t count = 0;
+  std::uint32_t count = 0;
   call("profileGetEvents", api.profileGetEvents, profile, &events, &count);
   if (events != nullptr) listAll(api, Events(events, count), 0);
 }

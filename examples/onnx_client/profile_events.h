@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_PROFILE_EVENTS_H
-#define ONNX_CLIENT_PROFILE_EVENTS_H
+#pragma once
 
 #include "library_loader.h"
 
@@ -9,5 +8,3 @@ namespace onnx_client {
 void listEvents(const Api& api, Kiv_ProfileHandle_t profile);
 
 }  // namespace onnx_client
-
-#endif

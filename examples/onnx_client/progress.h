@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_PROGRESS_H
-#define ONNX_CLIENT_PROGRESS_H
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -7,11 +6,11 @@
 
 namespace onnx_client {
 
-// Tells on standard error how far long work is, a line every few seconds;
-// short work passes silently.
+// Reports the progress of long work on standard error, a line every few
+// seconds; short work passes silently.
 class Progress {
  public:
-  void report(const char* what, uint64_t count) {
+  void report(const char* what, std::uint64_t count) {
     const auto now = std::chrono::steady_clock::now();
     if (now < next_) return;
     std::cerr << "onnx_client: " << count << ' ' << what << '\n';
@@ -26,5 +25,3 @@ class Progress {
 };
 
 }  // namespace onnx_client
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_RANDOM_DATA_H
-#define ONNX_CLIENT_RANDOM_DATA_H
+#pragma once
 
 #include <cstdint>
 #include <random>
@@ -13,8 +12,6 @@ namespace onnx_client {
 // between -1 and 1, any 8-bit integers, and wider integers from 0 to 3, which
 // may be indices. A seed gives the same bytes on every machine.
 void fillRandom(std::mt19937_64& generator, Kiv_DataType_t dataType,
-                std::span<uint8_t> data);
+                std::span<std::uint8_t> data);
 
 }  // namespace onnx_client
-
-#endif

@@ -3,13 +3,12 @@
 #include "api_call.h"
 
 namespace onnx_client {
-
 namespace {
 
 constexpr const char* kDefaultModelFile = "saver_output.c";
 constexpr const char* kDefaultDataFile = "params.bin";
 
-// Header and footer are properties of the files that they are named with.
+// The options for header and footer need the files' names beside them.
 bool namesFiles(const RecordingOptions& options) {
   return options.modelFile || options.dataFile || options.noHeader ||
          options.noFooter;
@@ -36,19 +35,15 @@ std::vector<KivSaver_Config_t> saverConfigs(const RecordingOptions& options) {
     add(KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY).outputDirectory =
         options.outputDirectory->c_str();
   }
-  if (options.timestamp) {
+  if (options.timestamp)
     add(KIV_SAVER_CONFIG_OPTION_APPEND_TIMESTAMP).appendTimestamp = 1;
-  }
-  if (options.backendId) {
+  if (options.backendId)
     add(KIV_SAVER_CONFIG_OPTION_BACKEND_ID).backendId = *options.backendId;
-  }
   if (namesFiles(options)) configs.push_back(fileConfig(options));
-  if (options.noHeader) {
+  if (options.noHeader)
     add(KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER).writeHeader = 0;
-  }
-  if (options.noFooter) {
+  if (options.noFooter)
     add(KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER).writeFooter = 0;
-  }
   return configs;
 }
 

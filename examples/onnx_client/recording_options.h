@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_RECORDING_OPTIONS_H
-#define ONNX_CLIENT_RECORDING_OPTIONS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -16,5 +15,3 @@ void applyRecordingOptions(const Library& library,
                            std::vector<std::string>& notes);
 
 }  // namespace onnx_client
-
-#endif

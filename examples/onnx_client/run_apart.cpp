@@ -12,17 +12,16 @@
 #include "errors.h"
 
 namespace onnx_client {
-
 namespace {
 
 constexpr unsigned kMostSeconds = 60;
 
 bool writeAll(int file, const std::string& bytes) {
-  size_t done = 0;
+  std::size_t done = 0;
   while (done < bytes.size()) {
     const ssize_t count = write(file, &bytes[done], bytes.size() - done);
     if (count <= 0) return false;
-    done += static_cast<size_t>(count);
+    done += static_cast<std::size_t>(count);
   }
   return true;
 }
@@ -31,13 +30,12 @@ std::string readAll(int file) {
   std::string bytes;
   std::array<char, 1 << 16> block;
   ssize_t count = 0;
-  while ((count = read(file, block.data(), block.size())) > 0) {
-    bytes.append(block.data(), static_cast<size_t>(count));
-  }
+  while ((count = read(file, block.data(), block.size())) > 0)
+    bytes.append(block.data(), static_cast<std::size_t>(count));
   return bytes;
 }
 
-// The child's part. A crash shall be quick and silent.
+// Runs in the child, where a crash is to be quick and silent.
 [[noreturn]] void makeAndExit(const std::function<std::string()>& make,
                               int result) {
   const rlimit noCore{};
@@ -48,7 +46,7 @@ std::string readAll(int file) {
   try {
     made = writeAll(result, make());
   } catch (const std::exception&) {
-    // Told by the exit status.
+    // The exit status reports it.
   }
   _exit(made ? 0 : 1);
 }
@@ -64,9 +62,8 @@ std::optional<std::string> runApart(const std::function<std::string()>& make) {
   std::string bytes = readAll(ends[0]);
   close(ends[0]);
   int status = -1;
-  if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
+  if (child < 0 || waitpid(child, &status, 0) != child || status != 0)
     return std::nullopt;
-  }
   return bytes;
 }
 

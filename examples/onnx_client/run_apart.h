@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_RUN_APART_H
-#define ONNX_CLIENT_RUN_APART_H
+#pragma once
 
 #include <functional>
 #include <optional>
@@ -9,9 +8,7 @@ namespace onnx_client {
 
 // Runs a function in a process of its own and returns the bytes it made; null
 // if it crashed or took more than a minute. For code that a damaged file may
-// bring down. What the function prints to standard error is dropped.
+// bring down. Text that the function prints to standard error is dropped.
 std::optional<std::string> runApart(const std::function<std::string()>& make);
 
 }  // namespace onnx_client
-
-#endif

@@ -9,11 +9,10 @@
 #include "profile_events.h"
 
 namespace onnx_client {
-
 namespace {
 
-// The buffer for a binary is at least as large, for libraries that can't tell
-// the binary's size.
+// The least size of the buffer for a binary: some libraries do not know the
+// binary's size beforehand.
 constexpr Kiv_ContextBinarySize_t kSmallestBuffer = 1 << 20;
 
 // A config list of at most one record; null for none.
@@ -33,7 +32,7 @@ class ConfigList {
 
 template <typename Config, typename Option>
 ConfigList<Config> priorityConfig(Option option,
-                                  std::optional<uint32_t> priority) {
+                                  std::optional<std::uint32_t> priority) {
   if (!priority) return {};
   Config config{};
   config.option = option;
@@ -61,7 +60,7 @@ Session::~Session() {
     try {
       close();
     } catch (const ClientError&) {
-      // The first failure has been told; free the rest.
+      // The first failure has been reported; free the rest.
     }
   }
 }
@@ -83,35 +82,32 @@ void Session::open(Network& network) {
 
 void Session::execute(Execution& execution) {
   Progress progress;
-  for (uint32_t i = 0; i < options_.executions; ++i) {
+  for (std::uint32_t i = 0; i < options_.executions; ++i) {
     execution.prepare();
     std::vector<Kiv_Tensor_t> inputs = execution.inputs();
     std::vector<Kiv_Tensor_t> outputs = execution.outputs();
     call("graphExecute", api_.graphExecute, graph_, inputs.data(),
-         static_cast<uint32_t>(inputs.size()), outputs.data(),
-         static_cast<uint32_t>(outputs.size()), profile_, nullptr);
+         static_cast<std::uint32_t>(inputs.size()), outputs.data(),
+         static_cast<std::uint32_t>(outputs.size()), profile_, nullptr);
     totals_.bytes += execution.bytes();
     progress.report("executions done", i + 1);
   }
   if (profile_ != nullptr) listEvents(api_, profile_);
 }
 
-// Each handle is forgotten before it is freed, so that none is freed twice.
+// Each handle is set to null before it is freed, so that none is freed twice.
 void Session::close() {
   graph_ = nullptr;
   if (context_ != nullptr) {
     call("contextFree", api_.contextFree, std::exchange(context_, nullptr),
          profile_);
   }
-  if (profile_ != nullptr) {
+  if (profile_ != nullptr)
     call("profileFree", api_.profileFree, std::exchange(profile_, nullptr));
-  }
-  if (device_ != nullptr) {
+  if (device_ != nullptr)
     call("deviceFree", api_.deviceFree, std::exchange(device_, nullptr));
-  }
-  if (backend_ != nullptr) {
+  if (backend_ != nullptr)
     call("backendFree", api_.backendFree, std::exchange(backend_, nullptr));
-  }
 }
 
 void Session::openDevice() {
@@ -145,9 +141,9 @@ void Session::loadGraph(const Network& network) {
 
 // A recorder has no binary, but records that one is to be saved.
 void Session::saveBinary(std::vector<std::string>& notes) {
-  std::vector<uint8_t> buffer(std::max(binarySize(), kSmallestBuffer));
+  std::vector<std::uint8_t> buffer(std::max(binarySize(), kSmallestBuffer));
   Kiv_ContextBinarySize_t written = 0;
-  const uint32_t code =
+  const std::uint32_t code =
       tryCall("contextGetBinary", api_.contextGetBinary, context_,
               buffer.data(), buffer.size(), &written);
   if (code == KIV_BACKEND_ERROR_NOTHING_TO_REPORT) {
@@ -155,16 +151,15 @@ void Session::saveBinary(std::vector<std::string>& notes) {
     return;
   }
   if (code != KIV_SUCCESS) throwFailure("contextGetBinary", code);
-  if (written > buffer.size()) {
+  if (written > buffer.size())
     throw ClientError("contextGetBinary wrote more than its buffer holds");
-  }
   writeFile(options_.saveBinary, std::span(buffer).first(written));
 }
 
 Kiv_ContextBinarySize_t Session::binarySize() {
   Kiv_ContextBinarySize_t size = 0;
-  const uint32_t code = tryCall("contextGetBinarySize",
-                                api_.contextGetBinarySize, context_, &size);
+  const std::uint32_t code = tryCall(
+      "contextGetBinarySize", api_.contextGetBinarySize, context_, &size);
   if (code == KIV_BACKEND_ERROR_NOTHING_TO_REPORT) return 0;
   if (code != KIV_SUCCESS) throwFailure("contextGetBinarySize", code);
   return size;

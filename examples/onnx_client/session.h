@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_SESSION_H
-#define ONNX_CLIENT_SESSION_H
+#pragma once
 
 // One session with a Kiv library, from backendCreate to backendFree.
 //
@@ -55,5 +54,3 @@ class Session {
 };
 
 }  // namespace onnx_client
-
-#endif

@@ -11,7 +11,6 @@
 #include "tensor_data.h"
 
 namespace onnx_client {
-
 namespace {
 
 using Dimension = onnx::TensorShapeProto::Dimension;
@@ -22,18 +21,17 @@ bool isOpen(const Dimension& dimension) {
   return !dimension.has_dim_value() || dimension.dim_value() < 0;
 }
 
-std::vector<uint8_t> openFlags(const onnx::ValueInfoProto& value) {
-  std::vector<uint8_t> flags;
-  for (const Dimension& dimension : value.type().tensor_type().shape().dim()) {
+std::vector<std::uint8_t> openFlags(const onnx::ValueInfoProto& value) {
+  std::vector<std::uint8_t> flags;
+  for (const Dimension& dimension : value.type().tensor_type().shape().dim())
     flags.push_back(isOpen(dimension) ? 1 : 0);
-  }
   if (std::count(flags.begin(), flags.end(), 1) == 0) flags.clear();
   return flags;
 }
 
 void collectOpen(const Values& values, OpenShapes& open) {
   for (const onnx::ValueInfoProto& value : values) {
-    std::vector<uint8_t> flags = openFlags(value);
+    std::vector<std::uint8_t> flags = openFlags(value);
     if (!flags.empty()) open.insert_or_assign(value.name(), std::move(flags));
   }
 }
@@ -123,9 +121,8 @@ Shape readShape(const onnx::TypeProto::Tensor& type, const std::string& what) {
     shape.dimensions.push_back(
         open ? 1 : checkedDimension(dimension.dim_value(), what));
   }
-  if (std::count(shape.dynamic.begin(), shape.dynamic.end(), 1) == 0) {
+  if (std::count(shape.dynamic.begin(), shape.dynamic.end(), 1) == 0)
     shape.dynamic.clear();
-  }
   return shape;
 }
 
@@ -141,31 +138,26 @@ OpenShapes settleShapes(onnx::ModelProto& model,
     notes.emplace_back(
         "sizes that the network's inputs leave open are taken as 1");
   }
-  if (!inferShapes(model)) {
+  if (!inferShapes(model))
     notes.emplace_back("not all shapes of the network could be inferred");
-  }
   return open;
 }
 
 ValueTypes::ValueTypes(const onnx::GraphProto& graph) {
   for (const Values* values :
        {&graph.input(), &graph.output(), &graph.value_info()}) {
-    for (const onnx::ValueInfoProto& value : *values) {
+    for (const onnx::ValueInfoProto& value : *values)
       if (value.has_type()) types_.try_emplace(value.name(), &value.type());
-    }
   }
 }
 
 void ValueTypes::describe(const std::string& value, Tensor& tensor) const {
   const std::string what = "tensor " + value;
   const auto found = types_.find(value);
-  if (found == types_.end()) {
-    throw NotAccepted(what + " is of unknown type");
-  }
+  if (found == types_.end()) throw NotAccepted(what + " is of unknown type");
   const onnx::TypeProto& type = *found->second;
-  if (!type.has_tensor_type()) {
+  if (!type.has_tensor_type())
     throw NotAccepted(what + " is " + kindName(type));
-  }
   tensor.dataType = dataTypeOf(type.tensor_type().elem_type(), what);
   tensor.shape = readShape(type.tensor_type(), what);
 }

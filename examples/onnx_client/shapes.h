@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_SHAPES_H
-#define ONNX_CLIENT_SHAPES_H
+#pragma once
 
 // Types and shapes of a network's values, with sizes that the file leaves open.
 
@@ -15,12 +14,14 @@
 
 namespace onnx_client {
 
-// By name of a main input or output: one flag a dimension, 1 where the file
-// leaves the size open. Those without such a dimension are left out.
-using OpenShapes = std::map<std::string, std::vector<uint8_t>>;
+// The open sizes of the main inputs and outputs by name: one flag a dimension,
+// 1 where the file leaves the size open. Values without open sizes are left
+// out.
+using OpenShapes = std::map<std::string, std::vector<std::uint8_t>>;
 
 // Takes the open sizes of the main inputs as 1, carries named ones on to the
-// other values, and infers what the file doesn't tell. Notes say what was done.
+// other values, and infers sizes that the file does not have. Notes say what
+// was done.
 OpenShapes settleShapes(onnx::ModelProto& model,
                         std::vector<std::string>& notes);
 
@@ -38,5 +39,3 @@ class ValueTypes {
 };
 
 }  // namespace onnx_client
-
-#endif

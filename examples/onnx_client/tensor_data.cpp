@@ -7,13 +7,12 @@
 #include "errors.h"
 
 namespace onnx_client {
-
 namespace {
 
 struct ElementType {
-  int32_t onnxType;
+  std::int32_t onnxType;
   Kiv_DataType_t dataType;
-  size_t size;
+  std::size_t size;
 };
 
 constexpr std::array<ElementType, 12> kElementTypes = {{
@@ -31,10 +30,9 @@ constexpr std::array<ElementType, 12> kElementTypes = {{
     {onnx::TensorProto::UINT64, KIV_DATA_TYPE_UINT_64, 8},
 }};
 
-std::string typeName(int32_t onnxType) {
-  if (!onnx::TensorProto::DataType_IsValid(onnxType)) {
+std::string typeName(std::int32_t onnxType) {
+  if (!onnx::TensorProto::DataType_IsValid(onnxType))
     return std::to_string(onnxType);
-  }
   return onnx::TensorProto::DataType_Name(
       static_cast<onnx::TensorProto::DataType>(onnxType));
 }
@@ -46,9 +44,10 @@ std::string typeName(int32_t onnxType) {
 // Appends the low `size` bytes of each value. ONNX keeps narrow integers, and
 // the bits of 16-bit floats, one a 32-bit integer.
 template <typename Values>
-std::vector<uint8_t> narrowed(const Values& values, size_t size) {
-  std::vector<uint8_t> bytes(static_cast<size_t>(values.size()) * size);
-  uint8_t* to = bytes.data();
+std::vector<std::uint8_t> narrowed(const Values& values, std::size_t size) {
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(values.size()) *
+                                  size);
+  std::uint8_t* to = bytes.data();
   for (const auto value : values) {
     std::memcpy(to, &value, size);
     to += size;
@@ -56,7 +55,8 @@ std::vector<uint8_t> narrowed(const Values& values, size_t size) {
   return bytes;
 }
 
-std::vector<uint8_t> fieldBytes(const onnx::TensorProto& proto, size_t size) {
+std::vector<std::uint8_t> fieldBytes(const onnx::TensorProto& proto,
+                                     std::size_t size) {
   switch (proto.data_type()) {
     case onnx::TensorProto::FLOAT:
       return narrowed(proto.float_data(), size);
@@ -72,7 +72,8 @@ std::vector<uint8_t> fieldBytes(const onnx::TensorProto& proto, size_t size) {
   }
 }
 
-std::vector<uint8_t> tensorBytes(const onnx::TensorProto& proto, size_t size) {
+std::vector<std::uint8_t> tensorBytes(const onnx::TensorProto& proto,
+                                      std::size_t size) {
   const std::string& raw = proto.raw_data();
   if (!raw.empty()) return {raw.begin(), raw.end()};
   return fieldBytes(proto, size);
@@ -80,61 +81,54 @@ std::vector<uint8_t> tensorBytes(const onnx::TensorProto& proto, size_t size) {
 
 }  // namespace
 
-Kiv_DataType_t dataTypeOf(int32_t onnxType, const std::string& what) {
-  for (const ElementType& row : kElementTypes) {
+Kiv_DataType_t dataTypeOf(std::int32_t onnxType, const std::string& what) {
+  for (const ElementType& row : kElementTypes)
     if (row.onnxType == onnxType) return row.dataType;
-  }
   throw NotAccepted(what + " has elements of type " + typeName(onnxType));
 }
 
-size_t elementSize(Kiv_DataType_t dataType) {
-  for (const ElementType& row : kElementTypes) {
+std::size_t elementSize(Kiv_DataType_t dataType) {
+  for (const ElementType& row : kElementTypes)
     if (row.dataType == dataType) return row.size;
-  }
   return 1;
 }
 
-uint32_t byteSize(Kiv_DataType_t dataType, std::span<const uint32_t> dimensions,
-                  const std::string& what) {
-  constexpr uint64_t kLargest = std::numeric_limits<uint32_t>::max();
-  for (const uint32_t dimension : dimensions) {
+std::uint32_t byteSize(Kiv_DataType_t dataType,
+                       std::span<const std::uint32_t> dimensions,
+                       const std::string& what) {
+  constexpr std::uint64_t kLargest = std::numeric_limits<std::uint32_t>::max();
+  for (const std::uint32_t dimension : dimensions)
     if (dimension == 0) return 0;
-  }
-  uint64_t bytes = elementSize(dataType);
-  for (const uint32_t dimension : dimensions) {
+  std::uint64_t bytes = elementSize(dataType);
+  for (const std::uint32_t dimension : dimensions) {
     bytes *= dimension;  // both below 2^32
     if (bytes > kLargest) throw NotAccepted(what + " is larger than 4 GiB");
   }
-  return static_cast<uint32_t>(bytes);
+  return static_cast<std::uint32_t>(bytes);
 }
 
-uint32_t checkedDimension(int64_t size, const std::string& what) {
-  if (size < 0 || size > std::numeric_limits<uint32_t>::max()) {
+std::uint32_t checkedDimension(std::int64_t size, const std::string& what) {
+  if (size < 0 || size > std::numeric_limits<std::uint32_t>::max())
     throw NotAccepted(what + " has a dimension of " + std::to_string(size));
-  }
-  return static_cast<uint32_t>(size);
+  return static_cast<std::uint32_t>(size);
 }
 
 Tensor readTensor(const onnx::TensorProto& proto, const std::string& name) {
-  if (proto.data_location() == onnx::TensorProto::EXTERNAL) {
+  if (proto.data_location() == onnx::TensorProto::EXTERNAL)
     throw NotAccepted("tensor " + name + " keeps its data in another file");
-  }
-  if (proto.has_segment()) {
+  if (proto.has_segment())
     throw NotAccepted("tensor " + name + " is a segment");
-  }
   Tensor tensor;
   tensor.name = name;
   tensor.type = KIV_TENSOR_TYPE_STATIC;
   tensor.dataType = dataTypeOf(proto.data_type(), "tensor " + name);
   tensor.shape.known = true;
-  for (const int64_t size : proto.dims()) {
+  for (const std::int64_t size : proto.dims())
     tensor.shape.dimensions.push_back(checkedDimension(size, "tensor " + name));
-  }
   tensor.data = tensorBytes(proto, elementSize(tensor.dataType));
   if (tensor.data.size() !=
-      byteSize(tensor.dataType, tensor.shape.dimensions, "tensor " + name)) {
+      byteSize(tensor.dataType, tensor.shape.dimensions, "tensor " + name))
     throwWrongSize(name);
-  }
   return tensor;
 }
 

@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_TENSOR_DATA_H
-#define ONNX_CLIENT_TENSOR_DATA_H
+#pragma once
 
 // Element types and tensor values of ONNX in the terms of the Kiv API.
 
@@ -16,22 +15,21 @@ namespace onnx_client {
 
 // The element type that stands for an ONNX one; NotAccepted for text, complex
 // numbers and the like. `what` names the tensor.
-Kiv_DataType_t dataTypeOf(int32_t onnxType, const std::string& what);
+Kiv_DataType_t dataTypeOf(std::int32_t onnxType, const std::string& what);
 
 // Bytes of one element.
-size_t elementSize(Kiv_DataType_t dataType);
+std::size_t elementSize(Kiv_DataType_t dataType);
 
 // Bytes of a tensor with the given sizes; NotAccepted beyond 32 bits.
-uint32_t byteSize(Kiv_DataType_t dataType, std::span<const uint32_t> dimensions,
-                  const std::string& what);
+std::uint32_t byteSize(Kiv_DataType_t dataType,
+                       std::span<const std::uint32_t> dimensions,
+                       const std::string& what);
 
 // One size; NotAccepted if it is negative or beyond 32 bits.
-uint32_t checkedDimension(int64_t size, const std::string& what);
+std::uint32_t checkedDimension(std::int64_t size, const std::string& what);
 
 // A static tensor with type, shape and data of the ONNX one. Reads every form
 // in which ONNX keeps values, except those in other files.
 Tensor readTensor(const onnx::TensorProto& proto, const std::string& name);
 
 }  // namespace onnx_client
-
-#endif

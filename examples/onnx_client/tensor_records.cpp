@@ -1,7 +1,6 @@
 #include "tensor_records.h"
 
 namespace onnx_client {
-
 namespace {
 
 Kiv_QuantizeParams_t notQuantized() {
@@ -13,7 +12,7 @@ Kiv_QuantizeParams_t notQuantized() {
 
 // The fields that both versions have.
 template <typename Record>
-void fill(Record& record, Tensor& tensor, std::span<uint8_t> data) {
+void fill(Record& record, Tensor& tensor, std::span<std::uint8_t> data) {
   record.id = tensor.id;
   record.name = tensor.name.c_str();
   record.type = tensor.type;
@@ -21,12 +20,12 @@ void fill(Record& record, Tensor& tensor, std::span<uint8_t> data) {
   record.dataType = tensor.dataType;
   record.quantizeParams = notQuantized();
   if (!tensor.shape.dimensions.empty()) {
-    record.rank = static_cast<uint32_t>(tensor.shape.dimensions.size());
+    record.rank = static_cast<std::uint32_t>(tensor.shape.dimensions.size());
     record.dimensions = tensor.shape.dimensions.data();
   }
   record.memType = KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER;
   if (!data.empty()) {
-    record.clientBuf = {data.data(), static_cast<uint32_t>(data.size())};
+    record.clientBuf = {data.data(), static_cast<std::uint32_t>(data.size())};
   }
 }
 
@@ -34,7 +33,7 @@ void fill(Record& record, Tensor& tensor, std::span<uint8_t> data) {
 
 Kiv_Tensor_t tensorRecord(Tensor& tensor) { return tensorRecord(tensor, {}); }
 
-Kiv_Tensor_t tensorRecord(Tensor& tensor, std::span<uint8_t> data) {
+Kiv_Tensor_t tensorRecord(Tensor& tensor, std::span<std::uint8_t> data) {
   Kiv_Tensor_t record{};
   if (tensor.shape.dynamic.empty()) {
     record.version = KIV_TENSOR_VERSION_1;
@@ -59,7 +58,7 @@ Kiv_Tensor_t absentRecord() {
   return record;
 }
 
-uint32_t tensorId(const Kiv_Tensor_t& record) {
+std::uint32_t tensorId(const Kiv_Tensor_t& record) {
   return record.version == KIV_TENSOR_VERSION_2 ? record.v2.id : record.v1.id;
 }
 

@@ -1,5 +1,4 @@
-#ifndef ONNX_CLIENT_TENSOR_RECORDS_H
-#define ONNX_CLIENT_TENSOR_RECORDS_H
+#pragma once
 
 // Tensors as records of the API. A record points into its Tensor.
 
@@ -10,19 +9,17 @@
 
 namespace onnx_client {
 
-// A record without data, as nodes refer to tensors. Of version 2 if a size is
-// dynamic.
+// A record without data, as nodes refer to tensors. Its version is 2 if a size
+// is dynamic.
 Kiv_Tensor_t tensorRecord(Tensor& tensor);
 
 // The same with data; none if the span is empty.
-Kiv_Tensor_t tensorRecord(Tensor& tensor, std::span<uint8_t> data);
+Kiv_Tensor_t tensorRecord(Tensor& tensor, std::span<std::uint8_t> data);
 
-// An optional tensor that is not there.
+// The record of an optional tensor that a node leaves out.
 Kiv_Tensor_t absentRecord();
 
 // The id in a record, whatever its version.
-uint32_t tensorId(const Kiv_Tensor_t& record);
+std::uint32_t tensorId(const Kiv_Tensor_t& record);
 
 }  // namespace onnx_client
-
-#endif
