@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # ./test.sh [preset...]
 #
-# Checks the format of all sources, then builds and tests each preset: debug,
-# clang, asan, tsan and windows (under Wine), or those named. The last line sums
-# up; the exit status tells whether all passed.
+# Checks the format of all sources and, with clang-tidy, the sources of the
+# product, then builds and tests each preset: debug, clang, asan, tsan and
+# windows (under Wine), or the named ones. Each step prints how long it took.
+# The last line sums up; the exit status is 0 if all passed.
 set -euo pipefail
 export LC_ALL=C
 
@@ -18,14 +19,43 @@ failure() {
   echo "FAILED: $*" >&2
 }
 
+# Runs a step and prints how long it took.
+step() { # NAME COMMAND...
+  local start=$SECONDS
+  echo "== $1"
+  "${@:2}"
+  echo "$1 took $((SECONDS - start)) s"
+}
+
+# The names of the repository's files, each ended by a zero byte.
+files() { # PATTERN...
+  git -c safe.directory="$PWD" ls-files -z -- "$@"
+}
+
 check_format() {
-  echo "== format"
-  if git -c safe.directory="$PWD" ls-files -z -- '*.h' '*.cpp' '*.c' \
-    ':!:*golden*/*.c' |
+  if files '*.h' '*.cpp' '*.c' ':!:*golden*/*.c' |
     xargs -0 -r clang-format --dry-run -Werror; then
     passed=$((passed + 1))
   else
     failure "format, see clang-format -i"
+  fi
+}
+
+# clang-tidy sees the sources as clang compiles them here, so those for Windows
+# are left out.
+check_tidy() {
+  if ! cmake --preset clang -DKIV_WARNINGS_AS_ERRORS=ON ||
+    ! cmake --build --preset clang --target kiv_embedded_texts; then
+    failure "preparing clang-tidy"
+    return
+  fi
+  if files src/'*.cpp' backends/'*.cpp' examples/'*.c' examples/'*.cpp' \
+    recording/'*.cpp' tools/'*.cpp' ':!:*_windows.cpp' |
+    xargs -0 -n 4 -P 2 clang-tidy --quiet -p build/clang \
+      2> >(grep -vE '^[0-9]+ warnings? generated' >&2); then
+    passed=$((passed + 1))
+  else
+    failure "clang-tidy, see .clang-tidy"
   fi
 }
 
@@ -48,7 +78,6 @@ count_tests() { # OUTPUT PRESET
 }
 
 run_preset() { # PRESET
-  echo "== $1"
   if ! cmake --preset "$1" -DKIV_WARNINGS_AS_ERRORS=ON ||
     ! cmake --build --preset "$1" --parallel 2; then
     failure "building preset $1"
@@ -61,9 +90,10 @@ run_preset() { # PRESET
 
 main() {
   tools/setup.sh
-  check_format
+  step format check_format
+  step clang-tidy check_tidy
   local preset
-  for preset in "${presets[@]}"; do run_preset "$preset"; done
+  for preset in "${presets[@]}"; do step "$preset" run_preset "$preset"; done
   echo "$passed passed, $failed failed"
   [ "$failed" -eq 0 ]
 }

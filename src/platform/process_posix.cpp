@@ -35,7 +35,7 @@ bool callAtEnd(void (*action)()) {
     void (*action)();
     ~Caller() { action(); }
   };
-  static const Caller caller{action};
+  static const Caller kCaller{action};
   return true;
 }
 
