@@ -21,15 +21,15 @@ Status createContext(Session& session, Kiv_ContextHandle_t* out,
 }
 
 Found<SaverContext> findContext(Session& session, Kiv_ContextHandle_t handle) {
-  return lookUpContext(session, handle, kContextIsNull5002,
-                       kContextIsUnknown5002);
+  return lookUp(session.contexts(), handle, kContextIsNull5002,
+                kContextIsUnknown5002);
 }
 
 // Found, recorded, erased; no lock is held while it is recorded.
 Status releaseContext(Session& session, Kiv_ContextHandle_t handle,
                       Kiv_ProfileHandle_t profile) {
-  const auto context = lookUpContext(session, handle, kContextIsNull5002,
-                                     kFreedContextIsUnknown);
+  const auto context = lookUp(session.contexts(), handle, kContextIsNull5002,
+                              kFreedContextIsUnknown);
   if (!context) return context.status;
   const Status status =
       recorders::recordContextFree(session, *context, profile);
@@ -42,7 +42,7 @@ Status releaseContext(Session& session, Kiv_ContextHandle_t handle,
 
 Code contextCreate(Kiv_BackendHandle_t backend, Kiv_DeviceHandle_t device,
                    const KivContext_Config_t** config,
-                   Kiv_ContextHandle_t* context) noexcept {
+                   Kiv_ContextHandle_t* context) {
   return enter([&](Session& session) {
     return createContext(session, context, [&](const SaverContext& created) {
       return recorders::recordContextCreate(session, created, backend, device,
@@ -57,7 +57,7 @@ Code contextCreateFromBinary(Kiv_BackendHandle_t backend,
                              const void* binary,
                              Kiv_ContextBinarySize_t binarySize,
                              Kiv_ContextHandle_t* context,
-                             Kiv_ProfileHandle_t profile) noexcept {
+                             Kiv_ProfileHandle_t profile) {
   return enter([&](Session& session) {
     return createContext(session, context, [&](const SaverContext& created) {
       return recorders::recordContextCreateFromBinary(
@@ -71,7 +71,7 @@ Code contextCreateFromBinaryWithSignal(
     Kiv_BackendHandle_t backend, Kiv_DeviceHandle_t device,
     const KivContext_Config_t** config, const void* binary,
     Kiv_ContextBinarySize_t binarySize, Kiv_ContextHandle_t* context,
-    Kiv_ProfileHandle_t profile, Kiv_SignalHandle_t) noexcept {
+    Kiv_ProfileHandle_t profile, Kiv_SignalHandle_t) {
   return enter([&](Session& session) {
     return createContext(session, context, [&](const SaverContext& created) {
       return recorders::recordContextCreateFromBinaryWithSignal(
@@ -85,7 +85,7 @@ Code contextValidateBinary(Kiv_BackendHandle_t backend,
                            Kiv_DeviceHandle_t device,
                            const KivContext_Config_t** config,
                            const void* binary,
-                           Kiv_ContextBinarySize_t binarySize) noexcept {
+                           Kiv_ContextBinarySize_t binarySize) {
   return enter([&](Session& session) {
     return recorders::recordContextValidateBinary(
         session, backend, device, config, ContextBinary{binary, binarySize});
@@ -93,7 +93,7 @@ Code contextValidateBinary(Kiv_BackendHandle_t backend,
 }
 
 Code contextSetConfig(Kiv_ContextHandle_t handle,
-                      const KivContext_Config_t** config) noexcept {
+                      const KivContext_Config_t** config) {
   return enter([&](Session& session) {
     const auto context = findContext(session, handle);
     return context
@@ -103,7 +103,7 @@ Code contextSetConfig(Kiv_ContextHandle_t handle,
 }
 
 Code contextGetBinarySize(Kiv_ContextHandle_t handle,
-                          Kiv_ContextBinarySize_t* binarySize) noexcept {
+                          Kiv_ContextBinarySize_t* binarySize) {
   return enter([&](Session& session) {
     const auto context = findContext(session, handle);
     return context ? recorders::recordContextGetBinarySize(session, *context,
@@ -114,7 +114,7 @@ Code contextGetBinarySize(Kiv_ContextHandle_t handle,
 
 Code contextGetBinary(Kiv_ContextHandle_t handle, void*,
                       Kiv_ContextBinarySize_t bufferSize,
-                      Kiv_ContextBinarySize_t*) noexcept {
+                      Kiv_ContextBinarySize_t*) {
   return enter([&](Session& session) {
     const auto context = findContext(session, handle);
     return context ? recorders::recordContextGetBinary(session, *context,
@@ -123,8 +123,7 @@ Code contextGetBinary(Kiv_ContextHandle_t handle, void*,
   });
 }
 
-Code contextFree(Kiv_ContextHandle_t context,
-                 Kiv_ProfileHandle_t profile) noexcept {
+Code contextFree(Kiv_ContextHandle_t context, Kiv_ProfileHandle_t profile) {
   return enter([&](Session& session) {
     return releaseContext(session, context, profile);
   });

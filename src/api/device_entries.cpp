@@ -13,29 +13,26 @@ constexpr CreationFailures kCreationFailures = {kDeviceOutIsNull,
                                                 kDeviceNotCreated};
 
 Found<SaverDevice> findDevice(Session& session, Kiv_DeviceHandle_t handle) {
-  return lookUp(
-      handle, kDeviceIsNull, kDeviceIsUnknown,
-      [&](session::Handle known) { return session.devices().find(known); });
+  return lookUp(session.devices(), handle, kDeviceIsNull, kDeviceIsUnknown);
 }
 
 }  // namespace
 
-Code deviceGetPlatformInfo(
-    Kiv_LogHandle_t, const KivDevice_PlatformInfo_t** platformInfo) noexcept {
+Code deviceGetPlatformInfo(Kiv_LogHandle_t,
+                           const KivDevice_PlatformInfo_t** platformInfo) {
   return enter([&](Session& session) {
     return recorders::recordDeviceGetPlatformInfo(session, platformInfo);
   });
 }
 
-Code deviceGetInfrastructure(
-    KivDevice_Infrastructure_t* infrastructure) noexcept {
+Code deviceGetInfrastructure(KivDevice_Infrastructure_t* infrastructure) {
   return enter([&](Session& session) {
     return recorders::recordDeviceGetInfrastructure(session, infrastructure);
   });
 }
 
 Code deviceCreate(Kiv_LogHandle_t, const KivDevice_Config_t** config,
-                  Kiv_DeviceHandle_t* device) noexcept {
+                  Kiv_DeviceHandle_t* device) {
   return enter([&](Session& session) {
     return create(session, session.devices(), &Session::newDevice, device,
                   kCreationFailures, [&](const SaverDevice& created) {
@@ -46,7 +43,7 @@ Code deviceCreate(Kiv_LogHandle_t, const KivDevice_Config_t** config,
 }
 
 Code deviceSetConfig(Kiv_DeviceHandle_t handle,
-                     const KivDevice_Config_t** config) noexcept {
+                     const KivDevice_Config_t** config) {
   return enter([&](Session& session) {
     const auto device = findDevice(session, handle);
     return device ? recorders::recordDeviceSetConfig(session, *device, config)
@@ -55,7 +52,7 @@ Code deviceSetConfig(Kiv_DeviceHandle_t handle,
 }
 
 Code deviceGetInfo(Kiv_DeviceHandle_t handle,
-                   const KivDevice_PlatformInfo_t** platformInfo) noexcept {
+                   const KivDevice_PlatformInfo_t** platformInfo) {
   return enter([&](Session& session) {
     const auto device = findDevice(session, handle);
     return device
@@ -64,7 +61,7 @@ Code deviceGetInfo(Kiv_DeviceHandle_t handle,
   });
 }
 
-Code deviceFree(Kiv_DeviceHandle_t handle) noexcept {
+Code deviceFree(Kiv_DeviceHandle_t handle) {
   return enter([&](Session& session) {
     const auto device = findDevice(session, handle);
     return device ? recorders::recordDeviceFree(session, *device)

@@ -18,22 +18,25 @@ constexpr Kiv_ErrorHandle_t toCode(Status status) {
   return static_cast<Kiv_ErrorHandle_t>(status);
 }
 
+inline constexpr Failure kNoMemory = {
+    Status::kOutOfMemory, "There is not enough memory to record the call"};
+
 // Runs `body`, and turns what it throws into a status: no exception crosses the
-// API.
+// API. Nothing but a lack of memory is thrown.
 template <typename Body>
-Kiv_ErrorHandle_t guarded(Body&& body) noexcept {
+Kiv_ErrorHandle_t withoutExceptions(Body&& body) noexcept {
   const platform::CancellationDelay delay;
   try {
     return toCode(body());
   } catch (...) {
-    return toCode(Status::kOutOfMemory);
+    return toCode(fail(kNoMemory));
   }
 }
 
 // Starts the session if need be and runs `body` with it.
 template <typename Body>
 Kiv_ErrorHandle_t enter(Body&& body) noexcept {
-  return guarded([&] {
+  return withoutExceptions([&] {
     const session::SessionUse use;
     if (use.get() == nullptr || !ok(use.get()->ensureStarted()))
       return Status::kNotStarted;
@@ -53,24 +56,13 @@ struct Found {
   Object* operator->() const { return object.get(); }
 };
 
-// `find` gives the object of a handle, or null.
-template <typename Find>
-auto lookUp(void* handle, const Failure& ifNull, const Failure& ifUnknown,
-            Find&& find)
-    -> Found<typename decltype(find(session::Handle{}))::element_type> {
+template <typename Object>
+Found<Object> lookUp(const session::Registry<Object>& registry, void* handle,
+                     const Failure& ifNull, const Failure& ifUnknown) {
   if (handle == nullptr) return {nullptr, fail(ifNull)};
-  auto object = find(session::fromApi(handle));
+  auto object = registry.find(session::fromApi(handle));
   if (object == nullptr) return {nullptr, fail(ifUnknown)};
   return {std::move(object)};
-}
-
-inline Found<session::SaverContext> lookUpContext(session::Session& session,
-                                                  Kiv_ContextHandle_t handle,
-                                                  const Failure& ifNull,
-                                                  const Failure& ifUnknown) {
-  return lookUp(handle, ifNull, ifUnknown, [&](session::Handle known) {
-    return session.contexts().find(known);
-  });
 }
 
 // What differs between the creations of contexts, devices and profiles.
@@ -84,16 +76,20 @@ struct CreationFailures {
 // recording failed stays registered, unknown to the client.
 template <typename Object, typename Record>
 Status create(session::Session& session, session::Registry<Object>& registry,
-              session::Handle (session::Session::*makeObject)(), void** out,
-              const CreationFailures& failures, Record&& record) {
+              session::Handle (session::Session::*makeObject)() noexcept,
+              void** out, const CreationFailures& failures, Record&& record) {
   if (out == nullptr) return fail(failures.outIsNull);
   *out = nullptr;
   const session::Handle handle = (session.*makeObject)();
   const auto object = registry.find(handle);
   if (object == nullptr) return fail(failures.notCreated);
-  const Status status = record(*object);
-  if (ok(status)) *out = session::toApi(handle);
-  return status;
+  try {
+    const Status status = record(*object);
+    if (ok(status)) *out = session::toApi(handle);
+    return status;
+  } catch (const std::bad_alloc&) {
+    return fail(failures.notCreated);
+  }
 }
 
 }  // namespace kiv::api

@@ -22,7 +22,7 @@ inline constexpr Failure kContextIsUnknown5002 = {
     Status::kContextUnknown, "No context associated with the provided handle"};
 inline constexpr Failure kContextIsUnknown6001 = {
     Status::kGraphUnknown, "No context associated with the provided handle"};
-// Those of the free calls end with a full stop.
+// The messages of the free calls end with a full stop.
 inline constexpr Failure kFreedContextIsUnknown = {
     Status::kContextUnknown, "No context associated with the provided handle."};
 inline constexpr Failure kContextNotFreed = {
@@ -34,21 +34,17 @@ inline constexpr Failure kGraphNameOrOutIsNull = {
 inline constexpr Failure kSubgraphNameOrOutIsNull = {
     Status::kGraphInvalidArgument,
     "Provided subgraph handle or subgraph name is NULL"};
-inline constexpr Failure kGraphNameTaken = {
-    Status::kGraphNameTaken,
-    "Graph with name %s already exists within the context"};
-inline constexpr Failure kGraphNotCreated = {Status::kOutOfMemory,
-                                             "Could not create a new graph"};
 inline constexpr Failure kGraphIsNull = {Status::kGraphUnknown,
                                          "Provided graph handle is NULL"};
 inline constexpr Failure kGraphIsUnknown = {
     Status::kGraphUnknown, "No graph associated with the provided handle"};
-inline constexpr Failure kExecutionTensorsAreNull = {
-    Status::kGraphInvalidArgument,
-    "Provided tensor array is NULL but %ld tensors are counted"};
 
 inline constexpr Failure kTensorIsNull = {Status::kTensorInvalidArgument,
                                           "Provided tensor ptr is NULL"};
+inline constexpr Failure kContextTensorNotCreated = {
+    Status::kOutOfMemory, "Could not create a new context tensor"};
+inline constexpr Failure kGraphTensorNotCreated = {
+    Status::kOutOfMemory, "Could not create a new graph tensor"};
 
 inline constexpr Failure kProfileOutIsNull = {
     Status::kInvalidArgument, "Provided profile handle pointer is NULL"};

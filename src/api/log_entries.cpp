@@ -26,7 +26,7 @@ Status setLevel(std::int32_t level) {
 }  // namespace
 
 Code logCreate(KivLog_Callback_t callback, KivLog_Level_t level,
-               Kiv_LogHandle_t* logger) noexcept {
+               Kiv_LogHandle_t* logger) {
   try {
     const Status status = Logger::create(callback, numberOf(level));
     if (ok(status) && logger != nullptr) *logger = session::toApi(kLogHandle);
@@ -36,12 +36,12 @@ Code logCreate(KivLog_Callback_t callback, KivLog_Level_t level,
   }
 }
 
-Code logSetLogLevel(Kiv_LogHandle_t, KivLog_Level_t level) noexcept {
-  return guarded([&] { return setLevel(numberOf(level)); });
+Code logSetLogLevel(Kiv_LogHandle_t, KivLog_Level_t level) {
+  return withoutExceptions([&] { return setLevel(numberOf(level)); });
 }
 
-Code logFree(Kiv_LogHandle_t) noexcept {
-  return guarded([] { return Logger::free(); });
+Code logFree(Kiv_LogHandle_t) {
+  return withoutExceptions([] { return Logger::free(); });
 }
 
 }  // namespace kiv::api

@@ -14,9 +14,7 @@ constexpr CreationFailures kCreationFailures = {kProfileOutIsNull,
 
 Found<SaverProfile> findProfile(Session& session, Kiv_ProfileHandle_t handle,
                                 const Failure& ifUnknown = kProfileIsUnknown) {
-  return lookUp(handle, kProfileIsNull, ifUnknown, [&](session::Handle known) {
-    return session.profiles().find(known);
-  });
+  return lookUp(session.profiles(), handle, kProfileIsNull, ifUnknown);
 }
 
 // Found, recorded, erased; no lock is held while it is recorded.
@@ -32,7 +30,7 @@ Status releaseProfile(Session& session, Kiv_ProfileHandle_t handle) {
 }  // namespace
 
 Code profileCreate(Kiv_BackendHandle_t backend, KivProfile_Level_t level,
-                   Kiv_ProfileHandle_t* profile) noexcept {
+                   Kiv_ProfileHandle_t* profile) {
   return enter([&](Session& session) {
     return create(session, session.profiles(), &Session::newProfile, profile,
                   kCreationFailures, [&](const SaverProfile& created) {
@@ -43,7 +41,7 @@ Code profileCreate(Kiv_BackendHandle_t backend, KivProfile_Level_t level,
 }
 
 Code profileSetConfig(Kiv_ProfileHandle_t handle,
-                      const KivProfile_Config_t** config) noexcept {
+                      const KivProfile_Config_t** config) {
   return enter([&](Session& session) {
     const auto profile = findProfile(session, handle);
     return profile
@@ -54,7 +52,7 @@ Code profileSetConfig(Kiv_ProfileHandle_t handle,
 
 Code profileGetEvents(Kiv_ProfileHandle_t handle,
                       const KivProfile_EventId_t** events,
-                      uint32_t* numEvents) noexcept {
+                      uint32_t* numEvents) {
   return enter([&](Session& session) {
     const auto profile = findProfile(session, handle);
     return profile ? recorders::recordProfileGetEvents(session, *profile,
@@ -65,7 +63,7 @@ Code profileGetEvents(Kiv_ProfileHandle_t handle,
 
 Code profileGetSubEvents(KivProfile_EventId_t event,
                          const KivProfile_EventId_t** subEvents,
-                         uint32_t* numSubEvents) noexcept {
+                         uint32_t* numSubEvents) {
   return enter([&](Session& session) {
     return recorders::recordProfileGetSubEvents(session, event, subEvents,
                                                 numSubEvents);
@@ -73,20 +71,20 @@ Code profileGetSubEvents(KivProfile_EventId_t event,
 }
 
 Code profileGetEventData(KivProfile_EventId_t event,
-                         KivProfile_EventData_t* data) noexcept {
+                         KivProfile_EventData_t* data) {
   return enter([&](Session& session) {
     return recorders::recordProfileGetEventData(session, event, data);
   });
 }
 
-Code profileGetExtendedEventData(
-    KivProfile_EventId_t event, KivProfile_ExtendedEventData_t* data) noexcept {
+Code profileGetExtendedEventData(KivProfile_EventId_t event,
+                                 KivProfile_ExtendedEventData_t* data) {
   return enter([&](Session& session) {
     return recorders::recordProfileGetExtendedEventData(session, event, data);
   });
 }
 
-Code profileFree(Kiv_ProfileHandle_t profile) noexcept {
+Code profileFree(Kiv_ProfileHandle_t profile) {
   return enter(
       [&](Session& session) { return releaseProfile(session, profile); });
 }

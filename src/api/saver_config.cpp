@@ -4,7 +4,7 @@
 
 #include "Saver/KivSaver.h"
 #include "api/entry.h"
-#include "output/literals.h"
+#include "format/literals.h"
 #include "output/output_files.h"
 #include "platform/local_time.h"
 #include "writers/enum_value.h"
@@ -88,7 +88,7 @@ Status readFileNames(const KivSaver_FileConfig_t& config,
   if ((model + data).find_first_of("/\\") != std::string::npos)
     return fail(kSlashInFileName);
   if (model == data) return fail(kSameFileNames);
-  if (output::isUnsafeInLiteral(data) || data.find('%') != std::string::npos)
+  if (format::isUnsafeInLiteral(data) || data.find('%') != std::string::npos)
     log::log(log::Level::kWarning, kUnsafeFileName, data.c_str());
   changes.fileNames = OutputChanges::FileNames{model, data};
   return Status::kOk;
@@ -108,6 +108,8 @@ Status readOption(const KivSaver_Config_t& config, Given& given) {
       return Status::kOk;
     case KIV_SAVER_CONFIG_OPTION_APPEND_TIMESTAMP:
       given.timeStamp = true;
+      given.changes.stampedNames.reset();
+      given.changes.timeStamp.clear();
       if (config.appendTimestamp != 0) stampFileNames(given.changes);
       return Status::kOk;
     case KIV_SAVER_CONFIG_OPTION_BACKEND_ID:
@@ -151,9 +153,9 @@ Status initialize(Session& session, const KivSaver_Config_t** config) {
   // Another thread may start the session in between; then the rules are
   // others.
   for (;;) {
-    const bool started = session.files().started();
+    const bool started = session.started();
     if (const Status s = checkTiming(given, started); !ok(s)) return s;
-    if (const auto status = session.files().configure(given.changes, started))
+    if (const auto status = session.configure(given.changes, started))
       return *status;
   }
 }
@@ -163,7 +165,7 @@ Status initialize(Session& session, const KivSaver_Config_t** config) {
 
 Kiv_ErrorHandle_t KivSaver_initialize(const KivSaver_Config_t** config) {
   using namespace kiv;
-  return api::guarded([&] {
+  return api::withoutExceptions([&] {
     const session::SessionUse use;
     return use.get() == nullptr ? Status::kBackendError
                                 : api::initialize(*use.get(), config);

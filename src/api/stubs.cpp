@@ -20,13 +20,13 @@ std::uint32_t firstWord(const Record* record) {
 
 }  // namespace
 
-Code errorMessageStub() noexcept {
+Code errorMessageStub() {
   return enter([](Session&) { return Status::kNotSupported; });
 }
 
 Code graphEnvironmentStub(Kiv_GraphHandle_t graph,
                           const KivGraph_EnvironmentDescriptor_t** descriptors,
-                          uint32_t numDescriptors) noexcept {
+                          uint32_t numDescriptors) {
   constexpr std::uint32_t kFirstUnknownVersion = 2;
   if (graph == nullptr) return toCode(Status::kGraphUnknown);
   if (descriptors == nullptr || numDescriptors == 0 ||
@@ -38,7 +38,7 @@ Code graphEnvironmentStub(Kiv_GraphHandle_t graph,
 
 // The handle is not looked up.
 Code graphPropertyStub(Kiv_GraphHandle_t graph,
-                       KivGraph_Property_t** property) noexcept {
+                       KivGraph_Property_t** property) {
   return enter([&](Session&) {
     if (graph == nullptr) return fail(kGraphIsNull);
     if (property == nullptr) return Status::kGraphInvalidArgument;

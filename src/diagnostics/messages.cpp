@@ -17,23 +17,36 @@ void MessageArgument::log(log::Level level, const char* format) const {
   }
 }
 
-Status Messages::fail(const Failure& failure, MessageArgument argument) {
-  error(failure.message, std::move(argument));
+void Messages::push(Message message) noexcept {
+  try {
+    messages_.push_back(std::move(message));
+  } catch (...) {
+    ++lost_;
+  }
+}
+
+Status Messages::fail(const Failure& failure,
+                      MessageArgument argument) noexcept {
+  push({failure.message, std::move(argument)});
   return failure.status;
 }
 
-void Messages::error(const char* format, MessageArgument argument) {
-  messages_.push_back({log::Level::kError, format, std::move(argument)});
+void Messages::warn(const char* format, MessageArgument argument) noexcept {
+  push({format, std::move(argument), log::Level::kWarning});
 }
 
-void Messages::warn(const char* format, MessageArgument argument) {
-  messages_.push_back({log::Level::kWarning, format, std::move(argument)});
+bool Messages::add(Failed failed) noexcept {
+  if (!failed) return false;
+  push(*std::move(failed));
+  return true;
 }
 
-void Messages::send() noexcept {
+void Messages::sendAll() noexcept {
   const std::vector<Message> messages = std::exchange(messages_, {});
   for (const Message& message : messages)
     message.argument.log(message.level, message.format);
+  if (const long lost = std::exchange(lost_, 0); lost != 0)
+    log::log(log::Level::kError, "There was no memory for %ld messages", lost);
 }
 
 }  // namespace kiv

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,7 +10,7 @@
 
 namespace kiv {
 
-// What a message's format takes: nothing, "%d", "%ld", two "%ld" or "%s".
+// The arguments of a message's format: none, "%d", "%ld", two "%ld" or "%s".
 class MessageArgument {
  public:
   MessageArgument() = default;
@@ -31,8 +32,23 @@ class MessageArgument {
   std::string text_;
 };
 
+// One message as a value, to be logged once no lock is held. Functions that can
+// only fail return one, or nothing.
+struct Message {
+  const char* format;
+  MessageArgument argument = {};
+  log::Level level = log::Level::kError;
+};
+using Failed = std::optional<Message>;
+
 // Messages kept back until no lock is held, so that the client's callback may
-// call the library. They are sent in their order, at the latest at the end.
+// call the library:
+//
+//   Messages messages;                    // sent at its end, behind the lock's
+//   const std::lock_guard lock(mutex_);
+//   messages.add(file_.close());
+//
+// They are sent in their order, at the latest at the end. One thread at a time.
 class Messages {
  public:
   Messages() = default;
@@ -40,19 +56,21 @@ class Messages {
   Messages(const Messages&) = delete;
   Messages& operator=(const Messages&) = delete;
 
-  Status fail(const Failure& failure, MessageArgument argument = {});
-  void error(const char* format, MessageArgument argument = {});
-  void warn(const char* format, MessageArgument argument = {});
-  void send() noexcept;
+  Status fail(const Failure& failure, MessageArgument argument = {}) noexcept;
+  void warn(const char* format, MessageArgument argument = {}) noexcept;
+  // Returns whether there was something to add.
+  bool add(Failed failed) noexcept;
+  void send() noexcept {
+    if (!messages_.empty() || lost_ != 0) sendAll();
+  }
 
  private:
-  struct Message {
-    log::Level level;
-    const char* format;
-    MessageArgument argument;
-  };
+  void sendAll() noexcept;
+  void push(Message message) noexcept;
 
   std::vector<Message> messages_;
+  // How many messages there was no memory for.
+  long lost_ = 0;
 };
 
 }  // namespace kiv

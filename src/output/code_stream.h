@@ -1,16 +1,87 @@
 #pragma once
 
+#include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <cstring>
+#include <initializer_list>
+#include <memory>
+#include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "output/numbers.h"
+#include "format/calls.h"
+#include "format/fields.h"
+#include "format/literals.h"
+#include "format/numbers.h"
+#include "format/parts.h"
 
 namespace kiv::output {
 
-using Texts = std::vector<std::string>;
+// A variable of the generated program. Its text lives until the call's end.
+struct Name {
+  std::string_view text = {};
+
+  bool isEmpty() const { return text.empty(); }
+};
+
+// The same with the family that says which parts it may have.
+template <format::Family kFamily>
+struct NameOf : Name {};
+
+// What a record's row asks for beyond the values in the record: the variable of
+// a reference, empty for NULL, or the member of a union with its reference.
+struct Reference {
+  Reference(Name variable) : name(variable.text) {}
+  Reference(const format::Member& chosen, Name variable = {})
+      : name(variable.text), member(&chosen) {}
+
+  // At least the characters that the reference takes.
+  std::size_t bound() const {
+    return name.size() +
+           (member == nullptr ? 0 : member->lead.size() + member->tail.size());
+  }
+
+  std::string_view name;
+  const format::Member* member = nullptr;
+};
+
+// An argument of a call.
+class Argument {
+ public:
+  // A variable or a fixed text; an empty one is NULL.
+  Argument(Name variable) : text_(variable.text) {}
+  static Argument fixed(std::string_view text) { return {Kind::kText, text}; }
+  // "&" and a variable; an empty one is NULL.
+  static Argument address(Name variable) {
+    return {Kind::kAddress, variable.text};
+  }
+  static Argument number(std::uint64_t number) {
+    return {Kind::kNumber, {}, number};
+  }
+  // "(type)number"
+  static Argument cast(std::string_view type, std::uint64_t number) {
+    return {Kind::kCast, type, number};
+  }
+  // A client's text between quotes as it is; null for NULL.
+  static Argument literal(const char* text) {
+    return {Kind::kLiteral,
+            text == nullptr ? std::string_view() : std::string_view(text),
+            text == nullptr ? 0U : 1U};
+  }
+
+ private:
+  friend class CodeStream;
+  enum class Kind : std::uint8_t { kText, kAddress, kNumber, kCast, kLiteral };
+  Argument(Kind kind, std::string_view text, std::uint64_t number = 0)
+      : kind_(kind), text_(text), number_(number) {}
+
+  Kind kind_ = Kind::kText;
+  std::string_view text_;
+  std::uint64_t number_ = 0;
+};
 
 // Bytes that a read statement of the generated program reads back: memory of
 // the client, valid until its call returns.
@@ -22,112 +93,500 @@ struct DataRun {
 
 // The statements of one recorded call, and the runs of bytes that they read.
 //
-//   CodeStream code;
-//   code.emitDeclaration("Kiv_BackendHandle_t", "backend_0");
-//   code.emitCall("VALIDATE", "error", "interface", "backendCreate", {...});
+//   const Name array = code.name(tensor, format::Part::kDims);
+//   code.emitNumberArray("uint32_t", array, v1.dimensions, v1.rank);
+//   code.emitCall("VALIDATE", "error", "interface", "backendFree", {backend});
 //
-// Each function writes whole lines of the form told beside it, indented by
-// the stream's indent ("I"). Texts are inserted as they are. One thread at a
-// time.
+// Each emit function writes whole lines of the form shown beside it, indented
+// by three blanks ("I"). Client texts are inserted as they are. The text, the
+// names and the runs lie in memory that clear() keeps for the next call, so
+// that a call needs none of its own. One thread at a time.
 class CodeStream {
  public:
-  static constexpr int kIndentStep = 3;
+  static constexpr std::string_view kIndent = "   ";
 
-  explicit CodeStream(int indentStep = kIndentStep)
-      : indent_(static_cast<std::size_t>(indentStep), ' ') {}
+  CodeStream();
+  CodeStream(const CodeStream&) = delete;
+  CodeStream& operator=(const CodeStream&) = delete;
+
+  // Forgets the call. Memory that only a large call needs is given back.
+  void clear();
+
+  // The name of a variable's part: owner + "_word" + "_number"...
+  template <format::Part kPart, format::Family kOwner, typename... Numbers>
+  auto name(NameOf<kOwner> owner, Numbers... numbers);
+  // Several texts as one name.
+  Name joined(std::initializer_list<std::string_view> texts);
+  // The id of a context's or graph's tensor: owner + "_tensor_number.v1.id".
+  Name tensorId(std::string_view owner, std::uint32_t number,
+                std::string_view member);
+  // A client's name as an identifier.
+  std::string_view sanitized(std::string_view clientName);
 
   // I macro(errorVar, object.function(arguments));
   void emitCall(std::string_view macro, std::string_view errorVar,
                 std::string_view object, std::string_view function,
-                const Texts& arguments);
+                std::initializer_list<Argument> arguments);
 
   // I type name;
-  void emitDeclaration(std::string_view type, std::string_view name);
+  void emitDeclaration(std::string_view type, Name name);
 
-  // I type name = NULL;
-  void emitNullDeclaration(std::string_view type, std::string_view name);
+  // I type* name = NULL;
+  void emitNullDeclaration(std::string_view type, Name name);
 
   // I type name[] = {elements};
-  void emitArray(std::string_view type, std::string_view name,
-                 const Texts& elements);
+  // `element` appends the element of its index.
+  template <typename AppendElement>
+  void emitArray(std::string_view type, Name name, std::size_t count,
+                 AppendElement&& element);
 
-  // The same with each of `count` numbers written in decimal.
+  // The same with a variable, or its address, for each element.
+  void emitNameArray(std::string_view type, Name name,
+                     std::span<const Name> elements);
+  void emitAddressArray(std::string_view type, Name name,
+                        std::span<const Name> elements);
+
+  // The same with the owner's parts 0 to count - 1, in the form of
+  // name<kPart>(owner, i) or name<kPart>(owner, number, i).
+  template <format::Part kPart, format::Family kOwner, typename... Numbers>
+  void emitPartArray(std::string_view type, Name name, NameOf<kOwner> owner,
+                     std::size_t count, Numbers... numbers);
+
+  // The same with each of `count` numbers.
   template <typename Number>
-  void emitNumberArray(std::string_view type, std::string_view name,
-                       const Number* numbers, std::size_t count);
+  void emitNumberArray(std::string_view type, Name name, const Number* numbers,
+                       std::size_t count);
 
-  // I type name = {members};
-  void emitStruct(std::string_view type, std::string_view name,
-                  const Texts& members);
+  // The same with a record in braces for each element.
+  void emitRecordArray(const format::Record& row, Name name,
+                       const void* records, std::size_t count);
+
+  // I type name = {fields};
+  // The values come from the record in memory, what the row refers to from
+  // `references`, in the order of the row.
+  template <const format::Record& kRow, std::size_t kReferences>
+  void emitStruct(Name name, const void* record,
+                  const Reference (&references)[kReferences]);
+  // The same with a row that refers to nothing.
+  template <const format::Record& kRow>
+  void emitStruct(Name name, const void* record);
+
+  // I type name = {constant, member};
+  void emitStruct(std::string_view type, Name name, std::string_view constant,
+                  const void* record, const Reference& reference);
 
   // I static type name[count];
   // I fread(name, elementSize, count, fileVar);
   // The run that the statement reads goes to the data file with this call's
   // text: neither can be written without the other.
-  void emitStaticRead(std::string_view type, std::string_view name,
-                      const DataRun& run, std::string_view fileVar);
+  void emitStaticRead(std::string_view type, Name name, const DataRun& run,
+                      std::string_view fileVar);
 
   // I type name = (type)malloc(size);
-  void emitMalloc(std::string_view type, std::string_view name,
-                  std::string_view size);
+  void emitMalloc(std::string_view type, Name name, std::uint64_t size);
 
   // I free(name);
-  void emitFree(std::string_view name);
+  void emitFree(Name name);
 
   // Opens a file and leaves main with a message if that fails; five lines.
-  void emitFopen(std::string_view fileVar, std::string_view path,
-                 std::string_view mode);
+  void emitFopen(Name fileVar, std::string_view path, std::string_view mode);
 
   // I fwrite(buffer, elementSize, count, fileVar);
-  void emitFwrite(std::string_view buffer, std::size_t elementSize,
-                  std::string_view count, std::string_view fileVar);
+  void emitFwrite(Name buffer, std::size_t elementSize, Name count,
+                  Name fileVar);
 
   // I fclose(fileVar);
-  void emitFclose(std::string_view fileVar);
+  void emitFclose(Name fileVar);
 
-  void emitBlankLine() { text_ += '\n'; }
+  void emitBlankLine() { append('\n'); }
 
   // I text
   void emitLine(std::string_view text);
 
   // All statements so far; with `endLine` the current line is ended first,
-  // which after a whole statement leaves a blank line.
-  std::string takeText(bool endLine);
+  // which after a whole statement leaves a blank line. Valid until the next
+  // statement.
+  std::string_view takeText(bool endLine);
+
+  // Parts of a line, for elements of arrays.
+  void append(std::string_view text);
+  void append(char c);
+  template <typename Number>
+  void appendNumber(Number number);
+  // The text between quotes, or NULL.
+  void appendLiteral(const char* text);
 
   // The runs in the order of their read statements.
-  const std::vector<DataRun>& runs() const { return runs_; }
+  std::span<const DataRun> runs() const { return runs_; }
+  // Client texts that a compiler does not read back as they are.
+  std::span<const char* const> unsafeTexts() const { return unsafeTexts_; }
 
  private:
-  template <typename... Pieces>
-  void line(const Pieces&... pieces) {
-    text_ += indent_;
-    ((text_ += pieces), ...);
-    text_ += '\n';
+  // Memory for the texts of names, which stay where they are.
+  class NameMemory {
+   public:
+    NameMemory() : block_(std::make_unique<char[]>(kBlockSize)) {}
+    char* take(std::size_t size) {
+      if (size_ - used_ < size) addBlock(size);
+      char* taken = block_.get() + used_;
+      used_ += size;
+      return taken;
+    }
+    // Gives back the end of what was taken last.
+    void giveBack(std::size_t size) { used_ -= size; }
+    void clear();
+
+   private:
+    void addBlock(std::size_t size);
+
+    static constexpr std::size_t kBlockSize = std::size_t{1} << 14;
+    std::unique_ptr<char[]> block_;
+    std::size_t size_ = kBlockSize;
+    std::size_t used_ = 0;
+    std::vector<std::unique_ptr<char[]>> fullBlocks_;
+  };
+
+  // Room for `size` more characters at the text's end.
+  char* room(std::size_t size) {
+    if (static_cast<std::size_t>(limit_ - end_) < size) grow(size);
+    return end_;
+  }
+  void grow(std::size_t size);
+
+  // Writes behind `to`, where there is room, and returns the end.
+  // Names have some dozen characters: a call of memcpy costs more than two
+  // copies of a fixed size that overlap.
+  static char* put(char* to, std::string_view text) {
+    const std::size_t size = text.size();
+    if (size >= 32 && size <= 64) {
+      putHalves<32>(to, text);
+    } else if (size >= 16 && size < 32) {
+      putHalves<16>(to, text);
+    } else if (size >= 8 && size < 16) {
+      putHalves<8>(to, text);
+    } else {
+      std::memcpy(to, text.data(), size);
+    }
+    return to + size;
+  }
+  template <std::size_t kHalf>
+  static void putHalves(char* to, std::string_view text) {
+    const std::size_t second = text.size() - kHalf;
+    std::memcpy(to, text.data(), kHalf);
+    std::memcpy(to + second, text.data() + second, kHalf);
+  }
+  template <std::size_t kSize>
+  static char* put(char* to, const std::array<char, kSize>& text) {
+    std::memcpy(to, text.data(), kSize);
+    return to + kSize;
+  }
+  // Most numbers are small.
+  template <typename Number>
+  requires std::is_arithmetic_v<Number>
+  static char* put(char* to, Number number) {
+    if constexpr (std::unsigned_integral<Number>) {
+      if (number < 10) {
+        *to = static_cast<char>('0' + number);
+        return to + 1;
+      }
+    }
+    return format::formatNumber(to, number);
   }
 
-  std::string indent_;
-  std::string text_;
+  template <typename Value>
+  static Value valueAt(const std::byte* from) {
+    Value value{};
+    std::memcpy(&value, from, sizeof(value));
+    return value;
+  }
+
+  void begin(std::string_view type, Name name) {
+    char* to = room(kIndent.size() + type.size() + 1 + name.text.size());
+    to = put(put(to, kIndent), type);
+    *to++ = ' ';
+    end_ = put(to, name.text);
+  }
+  template <format::Part kPart, typename... Numbers>
+  static char* putPart(char* to, std::string_view owner, Numbers... numbers);
+  template <typename... Numbers>
+  static constexpr std::size_t boundOfPart(const format::PartRow& row,
+                                           std::string_view owner, Numbers...) {
+    return owner.size() + row.word.size() +
+           sizeof...(Numbers) * (1 + format::kMostNumberCharacters);
+  }
+  void appendArguments(std::initializer_list<Argument> arguments);
+  void appendArgument(const Argument& argument);
+  void appendNameOrNull(std::string_view lead, std::string_view name);
+  template <const format::Record& kRow>
+  void appendRow(Name name, const std::byte* record,
+                 const Reference* references);
+  template <const format::Record& kRow, std::size_t kIndex>
+  char* putField(char* to, const std::byte* record, const Reference* references,
+                 const std::size_t* textSizes, std::size_t bound);
+  char* putLiteral(char* to, const char* text, std::size_t size);
+  void appendInline(const format::Record& row, const std::byte* record);
+  void appendValue(format::FieldKind kind, std::string_view type,
+                   const format::Record* row, const std::byte* value,
+                   std::string_view reference);
+  void appendMember(const std::byte* record, const Reference& reference);
+  void appendSparse(std::string_view type, const std::byte* value);
+
+  std::unique_ptr<char[]> text_;
+  char* end_ = nullptr;
+  char* limit_ = nullptr;
+  NameMemory names_;
   std::vector<DataRun> runs_;
+  std::vector<const char*> unsafeTexts_;
 };
 
-// The texts with ", " between them.
-std::string joined(const Texts& texts);
+template <std::size_t kSize>
+constexpr std::array<char, kSize> concatenated(
+    std::initializer_list<std::string_view> texts) {
+  std::array<char, kSize> result{};
+  std::size_t end = 0;
+  for (const std::string_view text : texts)
+    for (const char c : text) result[end++] = c;
+  return result;
+}
 
-inline std::string numberText(float number) { return floatText(number); }
+inline void CodeStream::append(std::string_view text) {
+  end_ = put(room(text.size()), text);
+}
 
-template <std::integral Number>
-std::string numberText(Number number) {
-  return decimal(number);
+inline void CodeStream::append(char c) {
+  *room(1) = c;
+  ++end_;
 }
 
 template <typename Number>
-void CodeStream::emitNumberArray(std::string_view type, std::string_view name,
+void CodeStream::appendNumber(Number number) {
+  end_ = put(room(format::kMostNumberCharacters), number);
+}
+
+inline void CodeStream::emitCall(std::string_view macro,
+                                 std::string_view errorVar,
+                                 std::string_view object,
+                                 std::string_view function,
+                                 std::initializer_list<Argument> arguments) {
+  append(kIndent);
+  append(macro);
+  append('(');
+  append(errorVar);
+  append(", ");
+  append(object);
+  append('.');
+  append(function);
+  append('(');
+  appendArguments(arguments);
+  append("));\n");
+}
+
+template <typename AppendElement>
+void CodeStream::emitArray(std::string_view type, Name name, std::size_t count,
+                           AppendElement&& element) {
+  begin(type, name);
+  append("[] = {");
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i != 0) append(", ");
+    element(i);
+  }
+  append("};\n");
+}
+
+template <typename Number>
+void CodeStream::emitNumberArray(std::string_view type, Name name,
                                  const Number* numbers, std::size_t count) {
-  Texts elements;
-  elements.reserve(count);
-  for (std::size_t i = 0; i < count; ++i)
-    elements.push_back(numberText(numbers[i]));
-  emitArray(type, name, elements);
+  constexpr std::size_t kMostOfElement = 2 + format::kMostNumberCharacters;
+  begin(type, name);
+  append("[] = {");
+  for (std::size_t i = 0; i < count; ++i) {
+    char* to = room(kMostOfElement);
+    if (i != 0) to = put(to, concatenated<2>({", "}));
+    end_ = put(to, numbers[i]);
+  }
+  append("};\n");
+}
+
+// ---- names ----
+
+template <format::Part kPart, typename... Numbers>
+char* CodeStream::putPart(char* to, std::string_view owner,
+                          Numbers... numbers) {
+  constexpr std::string_view kWord = format::rowOf(kPart).word;
+  to = put(put(to, owner), concatenated<kWord.size()>({kWord}));
+  ((*to++ = '_', to = put(to, numbers)), ...);
+  return to;
+}
+
+template <format::Part kPart, format::Family kOwner, typename... Numbers>
+auto CodeStream::name(NameOf<kOwner> owner, Numbers... numbers) {
+  constexpr const format::PartRow& kRow = format::rowOf(kPart);
+  static_assert(kRow.owner == kOwner && kRow.numbers == sizeof...(Numbers));
+  const std::size_t most = boundOfPart(kRow, owner.text, numbers...);
+  char* const text = names_.take(most);
+  const char* end = putPart<kPart>(text, owner.text, numbers...);
+  const auto size = static_cast<std::size_t>(end - text);
+  names_.giveBack(most - size);
+  return NameOf<kRow.derived>{{{text, size}}};
+}
+
+template <format::Part kPart, format::Family kOwner, typename... Numbers>
+void CodeStream::emitPartArray(std::string_view type, Name name,
+                               NameOf<kOwner> owner, std::size_t count,
+                               Numbers... numbers) {
+  constexpr const format::PartRow& kRow = format::rowOf(kPart);
+  static_assert(kRow.owner == kOwner && kRow.numbers == sizeof...(Numbers) + 1);
+  emitArray(type, name, count, [&](std::size_t i) {
+    char* to = room(boundOfPart(kRow, owner.text, numbers..., i));
+    end_ = putPart<kPart>(to, owner.text, numbers..., i);
+  });
+}
+
+// ---- records, with the fixed texts of their rows made by the compiler ----
+
+// "   type "
+template <const format::Record& kRow>
+inline constexpr auto kRowBegin =
+    concatenated<CodeStream::kIndent.size() + kRow.type.size() + 1>(
+        {CodeStream::kIndent, kRow.type, " "});
+
+// What stands before a field's value: " = {" or ", ", and a cast.
+template <const format::Record& kRow, std::size_t kIndex>
+inline constexpr auto kFieldLead = [] {
+  constexpr const format::Field& kField = kRow.fields[kIndex];
+  constexpr bool kIsEnum = kField.kind == format::FieldKind::kEnum;
+  constexpr std::string_view kSeparator = kIndex == 0 ? " = {" : ", ";
+  constexpr std::size_t kSize =
+      kSeparator.size() + (kIsEnum ? kField.type.size() + 2 : 0);
+  if constexpr (kIsEnum) {
+    return concatenated<kSize>({kSeparator, "(", kField.type, ")"});
+  } else {
+    return concatenated<kSize>({kSeparator});
+  }
+}();
+
+// How many of a row's fields before `end` take a reference.
+consteval std::size_t countReferences(std::span<const format::Field> fields,
+                                      std::size_t end) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < end; ++i)
+    if (format::isReference(fields[i].kind) ||
+        fields[i].kind == format::FieldKind::kUnion)
+      ++count;
+  return count;
+}
+
+consteval std::size_t countTexts(std::span<const format::Field> fields,
+                                 std::size_t end) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < end; ++i)
+    if (fields[i].kind == format::FieldKind::kText) ++count;
+  return count;
+}
+
+// More than a row's own texts and numbers take: references, their leads
+// and the clients' texts come on top.
+consteval std::size_t fixedBound(const format::Record& row) {
+  constexpr std::size_t kMostOfField = 40;
+  std::size_t bound = CodeStream::kIndent.size() + row.type.size() + 16;
+  for (const format::Field& field : row.fields)
+    bound += field.type.size() + kMostOfField;
+  return bound;
+}
+
+template <const format::Record& kRow, std::size_t kReferences>
+void CodeStream::emitStruct(Name name, const void* record,
+                            const Reference (&references)[kReferences]) {
+  static_assert(kReferences ==
+                countReferences(kRow.fields, kRow.fields.size()));
+  appendRow<kRow>(name, static_cast<const std::byte*>(record), references);
+}
+
+template <const format::Record& kRow>
+void CodeStream::emitStruct(Name name, const void* record) {
+  static_assert(countReferences(kRow.fields, kRow.fields.size()) == 0);
+  appendRow<kRow>(name, static_cast<const std::byte*>(record), nullptr);
+}
+
+template <const format::Record& kRow>
+void CodeStream::appendRow(Name name, const std::byte* record,
+                           const Reference* references) {
+  constexpr std::size_t kFields = kRow.fields.size();
+  constexpr std::size_t kReferences = countReferences(kRow.fields, kFields);
+  std::array<std::size_t, countTexts(kRow.fields, kFields) + 1> textSizes{};
+  std::size_t bound = fixedBound(kRow) + name.text.size();
+  for (std::size_t i = 0; i < kReferences; ++i) bound += references[i].bound();
+  std::size_t text = 0;
+  for (const format::Field& field : kRow.fields) {
+    if (field.kind != format::FieldKind::kText) continue;
+    const char* client = valueAt<const char*>(record + field.offset);
+    textSizes[text] = client == nullptr ? 0 : std::strlen(client);
+    bound += textSizes[text++];
+  }
+  char* to = put(room(bound), kRowBegin<kRow>);
+  to = put(to, name.text);
+  [&]<std::size_t... kIndices>(std::index_sequence<kIndices...>) {
+    ((to = putField<kRow, kIndices>(to, record, references, textSizes.data(),
+                                    bound)),
+     ...);
+  }
+  (std::make_index_sequence<kFields>());
+  end_ = to;
+  append("};\n");
+}
+
+template <const format::Record& kRow, std::size_t kIndex>
+char* CodeStream::putField(char* to, const std::byte* record,
+                           const Reference* references,
+                           const std::size_t* textSizes, std::size_t bound) {
+  using enum format::FieldKind;
+  constexpr const format::Field& kField = kRow.fields[kIndex];
+  constexpr std::size_t kReference = countReferences(kRow.fields, kIndex);
+  const std::byte* value = record + kField.offset;
+  to = put(to, kFieldLead<kRow, kIndex>);
+  if constexpr (kField.kind == kU8) {
+    return put(to, valueAt<std::uint8_t>(value));
+  } else if constexpr (kField.kind == kEnum) {
+    // The last value of every enum of the API, and frequent.
+    constexpr std::uint32_t kUndefined = 0x7FFFFFFF;
+    constexpr std::string_view kText = "2147483647";
+    const auto number = valueAt<std::uint32_t>(value);
+    if (number != kUndefined) return put(to, number);
+    return put(to, concatenated<kText.size()>({kText}));
+  } else if constexpr (kField.kind == kU32) {
+    return put(to, valueAt<std::uint32_t>(value));
+  } else if constexpr (kField.kind == kI32) {
+    return put(to, valueAt<std::int32_t>(value));
+  } else if constexpr (kField.kind == kFloat) {
+    return put(to, valueAt<float>(value));
+  } else if constexpr (kField.kind == kText) {
+    return putLiteral(to, valueAt<const char*>(value),
+                      textSizes[countTexts(kRow.fields, kIndex)]);
+  } else if constexpr (kField.kind == kRecord) {
+    return put(to, references[kReference].name);
+  } else if constexpr (kField.kind == kArray || kField.kind == kData) {
+    const std::string_view name = references[kReference].name;
+    if (name.empty()) return put(to, format::kNullText);
+    if constexpr (kField.kind == kData) to = put(to, "(void*)");
+    return put(to, name);
+  } else if constexpr (kField.kind == kTensorId) {
+    const std::string_view id = references[kReference].name;
+    return id.empty() ? put(to, valueAt<std::uint32_t>(value)) : put(to, id);
+  } else if constexpr (kField.kind == kNull) {
+    return put(to, format::kNullText);
+  } else if constexpr (kField.kind == kUnion) {
+    const Reference& reference = references[kReference];
+    if (reference.member->kind == kRecord || reference.member->kind == kFixed)
+      return put(put(to, reference.member->lead), reference.name);
+    end_ = to;
+    appendMember(record, reference);
+    return room(bound);
+  } else {
+    static_assert(kField.kind == kSparse);
+    end_ = to;
+    appendSparse(kField.type, value);
+    return room(bound);
+  }
 }
 
 }  // namespace kiv::output

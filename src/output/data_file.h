@@ -3,7 +3,7 @@
 #include <string>
 
 #include "output/code_stream.h"
-#include "output/output_stream.h"
+#include "output/recorded_file.h"
 
 namespace kiv::output {
 
@@ -14,28 +14,25 @@ namespace kiv::output {
 //
 // without header, padding, lengths or index. The generated program reads it
 // once from front to back; its read statements stand in the order of the runs
-// and hold their sizes. Failures are logged and told by the result. Not to be
-// used from two threads at once.
+// and hold their sizes. One thread at a time.
 class DataFile {
  public:
-  DataFile(std::string directory, std::string fileName);
+  Failed open(const std::string& directory, const std::string& fileName,
+              bool append) {
+    return file_.open(
+        directory, fileName,
+        append ? platform::OpenMode::kAppend : platform::OpenMode::kTruncate);
+  }
+  bool isOpen() const { return file_.isOpen(); }
+  bool isHeldByAnother() const { return file_.isHeldByAnother(); }
+  Failed write(const DataRun& run);
+  Failed close() { return file_.close(); }
 
-  void setLocation(std::string directory, std::string fileName);
-  void setAppend(bool append) { append_ = append; }
-
-  bool open();
-  bool isOpen() const { return stream_.isOpen(); }
-  bool write(const DataRun& run);
-  bool close() { return stream_.close(); }
-
-  // What undoes a call that could not be written whole.
-  OutputStream& stream() { return stream_; }
+  std::uint64_t end() const { return file_.end(); }
+  Failed restore(std::uint64_t end) { return file_.restore(end); }
 
  private:
-  OutputStream stream_;
-  std::string directory_;
-  std::string fileName_;
-  bool append_ = false;
+  RecordedFile file_;
 };
 
 }  // namespace kiv::output

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "output/identifiers.h"
+#include "format/identifiers.h"
 #include "platform/files.h"
 
 namespace kiv::output {
@@ -34,7 +34,7 @@ void visitIdentifiers(const std::string& path,
   do {
     count = std::fread(block->data(), 1, block->size(), file.get());
     for (const char c : std::string_view(block->data(), count)) {
-      if (isIdentifierCharacter(c)) {
+      if (format::isIdentifierCharacter(c)) {
         word += c;
       } else {
         end();

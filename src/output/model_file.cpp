@@ -1,65 +1,41 @@
 #include "output/model_file.h"
 
-#include <utility>
-
-#include "output/program_frame.h"
+#include "format/frame.h"
 
 namespace kiv::output {
 
-ModelFile::ModelFile(std::string directory, std::string fileName)
-    : directory_(std::move(directory)), fileName_(std::move(fileName)) {}
-
-ModelFile::~ModelFile() {
-  if (!stream_.isOpen()) return;
-  writeFooter();
-  stream_.close();
-}
-
-void ModelFile::setLocation(std::string directory, std::string fileName) {
-  directory_ = std::move(directory);
-  fileName_ = std::move(fileName);
-}
-
-void ModelFile::setFrame(bool writeHeader, bool writeFooter) {
-  writeHeader_ = writeHeader;
-  writeFooter_ = writeFooter;
-}
-
-bool ModelFile::open() {
-  return stream_.open(directory_, fileName_,
-                      writeHeader_ ? platform::OpenMode::kTruncate
-                                   : platform::OpenMode::kAppend);
-}
-
 bool ModelFile::writeHeader(std::span<const std::string_view> includes,
                             std::string_view dataFileName,
-                            std::string_view timeStamp) {
-  return !writeHeader_ ||
-         writeFrame(programHeader(includes, dataFileName, timeStamp));
+                            std::string_view timeStamp, Messages& messages) {
+  return writeFrame(format::programHeader(includes, dataFileName, timeStamp),
+                    messages);
 }
 
-bool ModelFile::writeString(std::string_view text) {
-  const auto written = stream_.write(text.data(), 1, text.size());
-  if (!written) return false;
-  if (*written != text.size()) {
-    return stream_.failed(
+Failed ModelFile::writeString(std::string_view text) {
+  std::size_t written = 0;
+  if (Failed failed = file_.write(text.data(), 1, text.size(), written))
+    return failed;
+  if (written != text.size()) {
+    return Message{
         "Size of string written(%ld) does not match size of original "
         "string(%ld)",
-        {static_cast<long>(*written), static_cast<long>(text.size())});
+        {static_cast<long>(written), static_cast<long>(text.size())}};
   }
-  return stream_.flush();
+  return file_.flush();
 }
 
 // A file that holds part of a call gets none: it can be ended, but is no
 // program.
-bool ModelFile::writeFooter() {
-  return !writeFooter_ || stream_.isDamaged() || writeFrame(programFooter());
+bool ModelFile::writeFooter(Messages& messages) {
+  return file_.isDamaged() || writeFrame(format::programFooter(), messages);
 }
 
-bool ModelFile::writeFrame(std::string_view text) {
-  const auto mark = stream_.mark();
-  if (writeString(text)) return true;
-  if (mark) stream_.restore(*mark);
+// Part of a frame would spoil what is written behind it.
+bool ModelFile::writeFrame(std::string_view text, Messages& messages) {
+  (void)file_.isStillOurs();
+  const std::uint64_t before = file_.end();
+  if (!messages.add(writeString(text))) return true;
+  messages.add(file_.restore(before));
   return false;
 }
 

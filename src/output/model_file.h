@@ -4,43 +4,41 @@
 #include <string>
 #include <string_view>
 
-#include "output/output_stream.h"
+#include "output/recorded_file.h"
 
 namespace kiv::output {
 
-// The generated C file: header, one block of statements a recorded call,
-// footer. Every write is with the system when it returns. Failures are logged
-// and told by the result. Not to be used from two threads at once.
+// The generated C file:
+//
+//   file = header block* footer
+//
+// a block being the statements of one recorded call. Every write is with the
+// system when it returns. One thread at a time.
 class ModelFile {
  public:
-  ModelFile(std::string directory, std::string fileName);
-  // Writes the footer, if wanted, and closes.
-  ~ModelFile();
-
-  void setLocation(std::string directory, std::string fileName);
-  // Without a header the file is opened for appending.
-  void setFrame(bool writeHeader, bool writeFooter);
-
-  bool open();
-  bool isOpen() const { return stream_.isOpen(); }
+  Failed open(const std::string& directory, const std::string& fileName,
+              bool append) {
+    return file_.open(
+        directory, fileName,
+        append ? platform::OpenMode::kAppend : platform::OpenMode::kTruncate);
+  }
+  bool isOpen() const { return file_.isOpen(); }
+  bool isHeldByAnother() const { return file_.isHeldByAnother(); }
+  // Written whole, or not at all; false with messages on failure.
   bool writeHeader(std::span<const std::string_view> includes,
-                   std::string_view dataFileName, std::string_view timeStamp);
-  bool writeString(std::string_view text);
-  bool writeFooter();
-  bool close() { return stream_.close(); }
+                   std::string_view dataFileName, std::string_view timeStamp,
+                   Messages& messages);
+  bool writeFooter(Messages& messages);
+  Failed writeString(std::string_view text);
+  Failed close() { return file_.close(); }
 
-  // What undoes a call that could not be written whole.
-  OutputStream& stream() { return stream_; }
+  std::uint64_t end() const { return file_.end(); }
+  Failed restore(std::uint64_t end) { return file_.restore(end); }
 
  private:
-  // Part of a frame would spoil what is written behind it.
-  bool writeFrame(std::string_view text);
+  bool writeFrame(std::string_view text, Messages& messages);
 
-  OutputStream stream_;
-  std::string directory_;
-  std::string fileName_;
-  bool writeHeader_ = true;
-  bool writeFooter_ = true;
+  RecordedFile file_;
 };
 
 }  // namespace kiv::output

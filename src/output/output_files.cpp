@@ -1,19 +1,33 @@
 #include "output/output_files.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
-#include "output/program_frame.h"
+#include "format/frame.h"
 
 namespace kiv::output {
 namespace {
 
+constexpr const char* kOverwriting =
+    "The output files are switched to files that this session has written, "
+    "what they hold is thrown away";
+constexpr const char* kForeignData =
+    "The header is switched off and the model file is new, but the data file "
+    "%s has bytes, which the program will read in place of its own";
+constexpr const char* kStillRefused =
+    "Another recorder had the output files when the recording began, so it "
+    "stays off; KivSaver_initialize with other names or another directory "
+    "turns it on";
+
 // Cuts a file back to where it ended before a call, unless the call is kept.
+template <typename File>
 class Undo {
  public:
-  explicit Undo(OutputStream& stream) : stream_(stream), mark_(stream.mark()) {}
+  Undo(File& file, Messages& messages)
+      : file_(file), messages_(messages), end_(file.end()) {}
   ~Undo() {
-    if (!kept_ && mark_) stream_.restore(*mark_);
+    if (!kept_) messages_.add(file_.restore(end_));
   }
   Undo(const Undo&) = delete;
   Undo& operator=(const Undo&) = delete;
@@ -21,27 +35,88 @@ class Undo {
   void keep() { kept_ = true; }
 
  private:
-  OutputStream& stream_;
-  std::optional<std::uint64_t> mark_;
+  File& file_;
+  Messages& messages_;
+  const std::uint64_t end_;
   bool kept_ = false;
 };
 
-constexpr const char* kOverwriting =
-    "The output files are switched to files that this session has written, "
-    "what they hold is thrown away";
-
-std::string pathOf(const OutputSettings& settings, const std::string& file) {
-  const bool slash =
-      !settings.directory.empty() && settings.directory.back() != '/';
-  return settings.directory + (slash ? "/" : "") + file;
-}
-
 std::set<std::string> filesOf(const OutputSettings& settings) {
-  return {pathOf(settings, settings.modelFileName),
-          pathOf(settings, settings.dataFileName)};
+  return {settings.modelPath(), settings.dataPath()};
 }
 
-OutputSettings changed(OutputSettings settings, const OutputChanges& changes) {
+}  // namespace
+
+// A write lasts some microseconds, less than going to sleep and being woken
+// does, so a thread looks for the lock to become free before it sleeps.
+std::unique_lock<std::mutex> OutputFiles::lock() {
+  constexpr int kMostTries = 100;
+  std::unique_lock lock(mutex_, std::defer_lock);
+  for (int i = 0; i < kMostTries; ++i) {
+    if (lock.try_lock()) return lock;
+    std::this_thread::yield();
+  }
+  lock.lock();
+  return lock;
+}
+
+OutputFiles::~OutputFiles() {
+  Messages messages;
+  if (!model_.isOpen()) return;
+  writeFooter(messages);
+  if (model_.isOpen()) messages.add(model_.close());
+}
+
+Status OutputFiles::start(Messages& messages) {
+  const auto held = lock();
+  if (refused_) return messages.fail({Status::kNotStarted, kStillRefused});
+  return openBoth(messages) ? Status::kOk : Status::kNotStarted;
+}
+
+// Files are open already when there was no memory for a step behind this one.
+bool OutputFiles::openBoth(Messages& messages) {
+  closeBoth(messages);
+  if (openModel(messages) && writeHeader(messages) && openData(messages))
+    return true;
+  refused_ = model_.isHeldByAnother() || data_.isHeldByAnother();
+  closeBoth(messages);
+  return false;
+}
+
+void OutputFiles::closeBoth(Messages& messages) {
+  if (model_.isOpen()) messages.add(model_.close());
+  if (data_.isOpen()) messages.add(data_.close());
+}
+
+// Without a header both files are continued: several sessions can write one
+// program together.
+bool OutputFiles::openModel(Messages& messages) {
+  return !messages.add(model_.open(settings_.directory, settings_.modelFileName,
+                                   !settings_.writeHeader));
+}
+
+bool OutputFiles::openData(Messages& messages) {
+  if (messages.add(data_.open(settings_.directory, settings_.dataFileName,
+                              !settings_.writeHeader)))
+    return false;
+  if (!settings_.writeHeader && model_.end() == 0 && data_.end() != 0)
+    messages.warn(kForeignData, settings_.dataFileName);
+  return true;
+}
+
+bool OutputFiles::writeHeader(Messages& messages) {
+  return !settings_.writeHeader ||
+         model_.writeHeader(format::headersOfBackend(settings_.backendId),
+                            settings_.dataFileName, settings_.timeStamp,
+                            messages);
+}
+
+bool OutputFiles::writeFooter(Messages& messages) {
+  return !settings_.writeFooter || model_.writeFooter(messages);
+}
+
+OutputSettings OutputFiles::changed(const OutputChanges& changes) const {
+  OutputSettings settings = settings_;
   if (changes.directory) settings.directory = *changes.directory;
   if (changes.backendId) settings.backendId = *changes.backendId;
   if (changes.writeHeader) settings.writeHeader = *changes.writeHeader;
@@ -56,136 +131,52 @@ OutputSettings changed(OutputSettings settings, const OutputChanges& changes) {
   return settings;
 }
 
-}  // namespace
-
-// The lock. Messages of the files wait until it is released, since the client's
-// log callback may call the library, or exit.
-class OutputFiles::Access {
- public:
-  explicit Access(OutputFiles& files) : files_(files), lock_(files.mutex_) {
-    reportTo(&messages_);
-  }
-  ~Access() { reportTo(nullptr); }
-  Access(const Access&) = delete;
-  Access& operator=(const Access&) = delete;
-
-  Messages& messages() { return messages_; }
-
- private:
-  void reportTo(Messages* messages) {
-    files_.data_.stream().reportTo(messages);
-    files_.model_.stream().reportTo(messages);
-  }
-
-  // Sent at its end, which is after the lock's.
-  Messages messages_;
-  OutputFiles& files_;
-  const std::lock_guard<std::mutex> lock_;
-};
-
-OutputFiles::OutputFiles(IdentifierVisitor onExisting)
-    : onExisting_(std::move(onExisting)),
-      data_(settings_.directory, settings_.dataFileName),
-      model_(settings_.directory, settings_.modelFileName) {}
-
-Status OutputFiles::start() {
-  if (started_) return Status::kOk;
-  const Access access(*this);
-  if (started_) return Status::kOk;
-  if (!openBoth()) return Status::kNotStarted;
-  started_ = true;
-  return Status::kOk;
-}
-
-bool OutputFiles::openBoth() {
-  // Of an attempt for which there was no memory.
-  closeBoth();
-  if (openModel() && writeHeader() && data_.open()) return true;
-  closeBoth();
-  return false;
-}
-
-void OutputFiles::closeBoth() {
-  if (model_.isOpen()) model_.close();
-  if (data_.isOpen()) data_.close();
-}
-
-// Opens the model file as the settings say, and makes the data file ready to be
-// opened. Without a header both are continued: several sessions can write one
-// program together, each with names that the others have not used.
-bool OutputFiles::openModel() {
-  model_.setLocation(settings_.directory, settings_.modelFileName);
-  model_.setFrame(settings_.writeHeader, settings_.writeFooter);
-  data_.setLocation(settings_.directory, settings_.dataFileName);
-  data_.setAppend(!settings_.writeHeader);
-  if (!model_.open()) return false;
-  if (!settings_.writeHeader)
-    visitIdentifiers(pathOf(settings_, settings_.modelFileName), onExisting_);
-  return true;
-}
-
-bool OutputFiles::writeHeader() {
-  return model_.writeHeader(headersOfBackend(settings_.backendId),
-                            settings_.dataFileName, settings_.timeStamp);
-}
-
-std::optional<Status> OutputFiles::configure(const OutputChanges& changes,
-                                             bool expectStarted) {
-  Access access(*this);
-  if (started_ != expectStarted) return std::nullopt;
-  if (started_ && changes.fileNames)
-    return switchFiles(changes, access.messages());
-  adopt(changed(settings_, changes));
-  return Status::kOk;
-}
-
 void OutputFiles::adopt(OutputSettings settings) {
+  if (filesOf(settings) != filesOf(settings_)) refused_ = false;
   settings_ = std::move(settings);
   backendId_ = settings_.backendId;
 }
 
-// A failure leaves the files in the state reached; what is not open then needs
-// no ending next time.
-Status OutputFiles::switchFiles(const OutputChanges& changes,
-                                Messages& messages) {
-  if (const char* failure = endProgram())
+Status OutputFiles::switchTo(OutputSettings settings, Messages& messages) {
+  const auto held = lock();
+  if (const char* failure = endProgram(messages))
     return messages.fail({Status::kBackendError, failure});
-  OutputSettings next = changed(settings_, changes);
-  if (next.writeHeader && hasWritten(next)) messages.warn(kOverwriting);
-  ++program_;
-  adopt(std::move(next));
-  if (const char* failure = beginProgram())
+  if (settings.writeHeader && hasWritten(settings)) messages.warn(kOverwriting);
+  ++programNumber_;
+  adopt(std::move(settings));
+  if (const char* failure = beginProgram(messages))
     return messages.fail({Status::kBackendError, failure});
   return Status::kOk;
 }
 
 // Returns what failed, or null. Files that the client has closed behind our
 // back would stand in the way of every further switch, and are given up.
-const char* OutputFiles::endProgram() {
+const char* OutputFiles::endProgram(Messages& messages) {
   if (model_.isOpen()) {
     written_.merge(filesOf(settings_));
-    if (!model_.writeFooter()) {
-      if (!model_.isOpen()) closeBoth();
+    if (!writeFooter(messages)) {
+      if (!model_.isOpen()) closeBoth(messages);
       return "Failure when writing model footer";
     }
-    if (!model_.close()) {
-      closeBoth();
+    if (messages.add(model_.close())) {
+      closeBoth(messages);
       return "Failure when closing model file";
     }
   }
-  if (data_.isOpen() && !data_.close()) return "Failure when closing data file";
+  if (data_.isOpen() && messages.add(data_.close()))
+    return "Failure when closing data file";
   return nullptr;
 }
 
 // Returns what failed, or null. A model file without a whole header takes no
 // calls.
-const char* OutputFiles::beginProgram() {
-  if (!openModel()) return "Failure when opening model file";
-  if (!writeHeader()) {
-    closeBoth();
+const char* OutputFiles::beginProgram(Messages& messages) {
+  if (!openModel(messages)) return "Failure when opening model file";
+  if (!writeHeader(messages)) {
+    closeBoth(messages);
     return "Failure when writing model header";
   }
-  if (!data_.open()) return "Failure when opening data file";
+  if (!openData(messages)) return "Failure when opening data file";
   return nullptr;
 }
 
@@ -196,26 +187,19 @@ bool OutputFiles::hasWritten(const OutputSettings& settings) const {
 }
 
 // The lock is never released: nothing may follow the footer.
-void OutputFiles::endBesideCalls() {
-  if (mutex_.try_lock() && model_.isOpen()) model_.writeFooter();
+void OutputFiles::finishDespiteCalls() {
+  Messages messages;
+  if (mutex_.try_lock() && model_.isOpen()) writeFooter(messages);
 }
 
-Status OutputFiles::append(const std::vector<DataRun>& runs,
-                           std::string_view text,
-                           const WriteFailures& failures) {
-  const Access access(*this);
-  return writeCall(runs, text, failures);
-}
-
-Status OutputFiles::writeCall(const std::vector<DataRun>& runs,
-                              std::string_view text,
-                              const WriteFailures& failures) {
-  Undo undoData(data_.stream());
-  Undo undoModel(model_.stream());
-  for (const DataRun& run : runs) {
-    if (!data_.write(run)) return failures.data;
-  }
-  if (!model_.writeString(text)) return failures.text;
+Status OutputFiles::append(std::span<const DataRun> runs, std::string_view text,
+                           const WriteFailures& failures, Messages& messages) {
+  const auto held = lock();
+  Undo undoData(data_, messages);
+  Undo undoModel(model_, messages);
+  for (const DataRun& run : runs)
+    if (messages.add(data_.write(run))) return failures.data;
+  if (messages.add(model_.writeString(text))) return failures.text;
   undoData.keep();
   undoModel.keep();
   return Status::kOk;

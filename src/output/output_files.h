@@ -7,12 +7,10 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "diagnostics/messages.h"
 #include "output/code_stream.h"
 #include "output/data_file.h"
-#include "output/existing_program.h"
 #include "output/model_file.h"
 
 namespace kiv::output {
@@ -27,12 +25,9 @@ struct OutputSettings {
   bool writeFooter = true;
   // Shown in the header when the file names carry a time stamp.
   std::string timeStamp;
-};
 
-// The codes of a call that could not be written, for either file.
-struct WriteFailures {
-  Status text;
-  Status data;
+  std::string modelPath() const { return pathOf(directory, modelFileName); }
+  std::string dataPath() const { return pathOf(directory, dataFileName); }
 };
 
 // Settings to be changed; what is not given stays.
@@ -53,65 +48,81 @@ struct OutputChanges {
   std::string timeStamp;
 };
 
-// Both files of the recording behind one lock. From any thread; messages of
-// the files are logged when the files are whole and the lock is released.
+// The codes of a call that could not be written, for either file.
+struct WriteFailures {
+  Status text;
+  Status data;
+};
+
+// Both files of the recording behind one lock.
+//
+//   Messages messages;
+//   OutputFiles files;
+//   if (!ok(files.start(messages))) return;
+//   files.append(code.runs(), code.takeText(true), failures, messages);
+//
+// Functions put their messages into `messages`, for the caller to send once its
+// own locks are released. From any thread; start(), changed(), adopt() and
+// switchTo() from one at a time.
 class OutputFiles {
  public:
-  // `onExisting` gets the identifiers of a model file that is to be continued,
-  // before it is; it may be called with the files locked.
-  explicit OutputFiles(IdentifierVisitor onExisting);
+  OutputFiles() = default;
+  // Writes the footer, if wanted, and closes the files.
+  ~OutputFiles();
+  OutputFiles(const OutputFiles&) = delete;
+  OutputFiles& operator=(const OutputFiles&) = delete;
 
-  // Opens both files and writes the header, unless that has been done. What
-  // was opened is closed again when a later step fails.
-  Status start();
-  bool started() const { return started_; }
+  // Opens both files and writes the header; what was opened is closed again
+  // when a later step fails. Files that another recorder had at the time are
+  // not tried again.
+  Status start(Messages& messages);
 
-  // Changes settings, and switches to new files if file names are given while
-  // files are open. Nothing happens, and the result is empty, unless started()
-  // is still `expectStarted`: what may be changed depends on it.
-  std::optional<Status> configure(const OutputChanges& changes,
-                                  bool expectStarted);
+  // The settings as they are, and as changes would make them.
+  const OutputSettings& settings() const { return settings_; }
+  OutputSettings changed(const OutputChanges& changes) const;
+
+  // Takes settings for the next start.
+  void adopt(OutputSettings settings);
+
+  // Ends the program and begins another one with new settings. A failure leaves
+  // the files in the state reached.
+  Status switchTo(OutputSettings settings, Messages& messages);
 
   // Appends a call: its runs to the data file, then its text to the model
   // file. Unless all of it could be written both files are as before.
-  Status append(const std::vector<DataRun>& runs, std::string_view text,
-                const WriteFailures& failures);
+  Status append(std::span<const DataRun> runs, std::string_view text,
+                const WriteFailures& failures, Messages& messages);
 
-  // Ends the recording for good while calls are under way that may never come
-  // to their end. Without a footer if one of them is writing.
-  void endBesideCalls();
+  // Ends the recording for good although calls are under way that may never
+  // come to their end. Without a footer if one of them is writing.
+  void finishDespiteCalls();
 
   std::uint32_t backendId() const { return backendId_; }
 
-  // Counts the programs written: 0 until the first switch of files.
-  std::uint32_t program() const { return program_; }
+  // Counts the programs begun before this one: 0 until the first switch.
+  std::uint32_t programNumber() const { return programNumber_; }
 
  private:
-  class Access;
-
-  bool openBoth();
-  void closeBoth();
-  bool openModel();
-  bool writeHeader();
-  void adopt(OutputSettings settings);
-  Status switchFiles(const OutputChanges& changes, Messages& messages);
-  const char* endProgram();
-  const char* beginProgram();
+  bool openBoth(Messages& messages);
+  void closeBoth(Messages& messages);
+  bool openModel(Messages& messages);
+  bool openData(Messages& messages);
+  bool writeHeader(Messages& messages);
+  bool writeFooter(Messages& messages);
+  const char* endProgram(Messages& messages);
+  const char* beginProgram(Messages& messages);
   bool hasWritten(const OutputSettings& settings) const;
-  Status writeCall(const std::vector<DataRun>& runs, std::string_view text,
-                   const WriteFailures& failures);
+  std::unique_lock<std::mutex> lock();
 
-  const IdentifierVisitor onExisting_;
   std::mutex mutex_;
-  std::atomic<bool> started_ = false;
   // settings_.backendId, to be read without the lock.
   std::atomic<std::uint32_t> backendId_ = 0;
-  std::atomic<std::uint32_t> program_ = 0;
+  std::atomic<std::uint32_t> programNumber_ = 0;
   OutputSettings settings_;
+  // Whether a start was refused since another recorder has the files.
+  bool refused_ = false;
   // Paths of the files that this session has switched away from.
   std::set<std::string> written_;
-  // The model file is the last member and so the first to end: its footer
-  // closes the recording.
   DataFile data_;
   ModelFile model_;
 };

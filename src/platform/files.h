@@ -8,24 +8,30 @@
 // Files as the recording needs them, and the directory that they are in. Any
 // thread may call these functions; one at a time may use a stream.
 //
-//   std::FILE* stream = openForWriting("out/params.bin", OpenMode::kTruncate);
-//   if (stream == nullptr) return false;
+//   const OpenedFile file = openForWriting("params.bin", OpenMode::kTruncate);
+//   if (file.stream == nullptr) return false;
 //   ...
-//   return closeFile(stream);
+//   return closeFile(file.stream);
 namespace kiv::platform {
 
 enum class OpenMode { kTruncate, kAppend };
 
+// A file opened for writing, or null and whether the reason is that another
+// recorder has it.
+struct OpenedFile {
+  std::FILE* stream = nullptr;
+  bool isHeldByAnother = false;
+};
+
 // Opens a file for writing without a buffer, so that bytes that were written
 // are with the system and bytes that could not be written leave nothing behind.
-// Others may read and write the file meanwhile. Null on failure, also when this
-// function has opened the file before, in whichever process, and it was not
-// closed since.
+// Others may read and write the file meanwhile, but nobody can open it by this
+// function, in whichever process, until it is closed.
 //
 // The stream's descriptor is a high one where the system has descriptors: a
 // client that closes all of them, and then opens files of its own, does not get
 // the recording's bytes into these.
-std::FILE* openForWriting(const std::string& path, OpenMode mode);
+OpenedFile openForWriting(const std::string& path, OpenMode mode);
 
 // Closes a file and lets others have it; false if that fails. The stream is
 // gone in either case.

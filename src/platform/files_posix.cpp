@@ -77,22 +77,23 @@ int openHigh(const char* path, int flags) {
 
 }  // namespace
 
-std::FILE* openForWriting(const std::string& path, OpenMode mode) {
+OpenedFile openForWriting(const std::string& path, OpenMode mode) {
   const bool append = mode == OpenMode::kAppend;
   // A pipe that nobody reads must not keep the client waiting.
   const int flags = O_WRONLY | O_CREAT | O_NONBLOCK | (append ? O_APPEND : 0);
   const int descriptor = openHigh(path.c_str(), flags);
-  if (descriptor < 0) return nullptr;
+  if (descriptor < 0) return {};
   ::fcntl(descriptor, F_SETFL, append ? O_APPEND : 0);
-  std::FILE* stream = nullptr;
-  if (!isHeldByAnother(descriptor) && (append || makeEmpty(descriptor)))
-    stream = ::fdopen(descriptor, append ? "ab" : "wb");
-  if (stream == nullptr) {
+  OpenedFile opened;
+  opened.isHeldByAnother = isHeldByAnother(descriptor);
+  if (!opened.isHeldByAnother && (append || makeEmpty(descriptor)))
+    opened.stream = ::fdopen(descriptor, append ? "ab" : "wb");
+  if (opened.stream == nullptr) {
     ::close(descriptor);
-    return nullptr;
+  } else {
+    std::setvbuf(opened.stream, nullptr, _IONBF, 0);
   }
-  std::setvbuf(stream, nullptr, _IONBF, 0);
-  return stream;
+  return opened;
 }
 
 // A forked child shares the lock, and would keep it.

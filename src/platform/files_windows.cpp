@@ -36,17 +36,18 @@ bool lock(std::FILE* stream) {
 
 // The mode "wb" would empty a file that belongs to another process. Child
 // processes get no handles ("N").
-std::FILE* openForWriting(const std::string& path, OpenMode mode) {
+OpenedFile openForWriting(const std::string& path, OpenMode mode) {
   std::FILE* stream = ::_fsopen(path.c_str(), "abN", _SH_DENYNO);
-  if (stream == nullptr) return nullptr;
-  if (!lock(stream) ||
+  if (stream == nullptr) return {};
+  const bool isHeldByAnother = !lock(stream);
+  if (isHeldByAnother ||
       (mode == OpenMode::kTruncate && ::_filelengthi64(::_fileno(stream)) > 0 &&
        !truncateFile(stream, 0))) {
     std::fclose(stream);
-    return nullptr;
+    return {nullptr, isHeldByAnother};
   }
   std::setvbuf(stream, nullptr, _IONBF, 0);
-  return stream;
+  return {stream, false};
 }
 
 bool closeFile(std::FILE* stream) { return std::fclose(stream) == 0; }

@@ -35,9 +35,4 @@ class CancellationDelay {
   int before_ = 0;
 };
 
-// A number that each thread has for itself, 0 at first. It leaves nothing
-// behind in the process when the library is unloaded.
-std::uint32_t threadNumber();
-void setThreadNumber(std::uint32_t number);
-
 }  // namespace kiv::platform

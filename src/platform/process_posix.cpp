@@ -8,8 +8,6 @@
 namespace kiv::platform {
 namespace {
 
-constinit thread_local std::uint32_t number = 0;
-
 constinit std::atomic<std::uint32_t> forks = 0;
 
 // The handler is registered when the library is loaded, and goes with it: the C
@@ -46,8 +44,5 @@ CancellationDelay::CancellationDelay() {
 CancellationDelay::~CancellationDelay() {
   ::pthread_setcancelstate(before_, nullptr);
 }
-
-std::uint32_t threadNumber() { return number; }
-void setThreadNumber(std::uint32_t value) { number = value; }
 
 }  // namespace kiv::platform

@@ -1,6 +1,5 @@
 #include "recorders/backend_recorders.h"
 
-#include "recorders/config_array.h"
 #include "recorders/recorded_call.h"
 #include "writers/config_writers.h"
 #include "writers/op_config_writer.h"
@@ -8,6 +7,7 @@
 namespace kiv::recorders {
 namespace {
 
+namespace calls = format::calls;
 using session::Session;
 
 constexpr output::WriteFailures kWriteFailures = {Status::kBackendError,
@@ -15,34 +15,40 @@ constexpr output::WriteFailures kWriteFailures = {Status::kBackendError,
 constexpr Failure kNotFreed = {Status::kBackendError,
                                "Could not free backend handle"};
 
+constexpr std::string_view kConfigBase = "backendConfig";
+
 // Paths and names of the client's system read back as they are.
-std::string escapedOrNull(const char* text) {
-  return text == nullptr ? "NULL" : output::escapedLiteral(text);
+Name escaped(RecordedCall& call, const char* text) {
+  if (text == nullptr) return {};
+  return call.code().joined({format::escapedLiteral(text)});
 }
 
 }  // namespace
 
 Status recordBackendCreate(Session& session, const KivBackend_Config_t** config,
                            Kiv_BackendHandle_t* backend) {
-  RecordedCall call(session, "backendCreate");
-  const std::string name = call.names().unique("backend");
-  const std::string configs = writeConfigArray(call, writers::backendConfigs(),
-                                               config, "backendConfig", name);
-  const std::string address = call.declare("Kiv_BackendHandle_t", name);
-  const Status status =
-      call.commit({"loghandle", configs, address}, kWriteFailures);
-  if (!ok(status)) return status;
-  *backend = session::toApi(session.backends().add(name, session.program()));
-  return Status::kOk;
+  RecordedCall call(session, calls::kBackendCreate);
+  const Name name = call.unique("backend");
+  const Name configs =
+      writers::writeConfigs(call, config, kConfigBase, name.text);
+  const Argument address = call.declare("Kiv_BackendHandle_t", name);
+  auto entry =
+      session.backends().prepare(std::make_shared<session::SaverBackend>(
+          std::string(name.text), session.programNumber()));
+  const Status status = call.commit(
+      {Argument::fixed(format::kLogHandleVariable), configs, address},
+      kWriteFailures);
+  if (ok(status))
+    *backend = session::toApi(session.backends().addNumbered(std::move(entry)));
+  return status;
 }
 
 Status recordBackendSetConfig(Session& session, Kiv_BackendHandle_t backend,
                               const KivBackend_Config_t** config) {
-  RecordedCall call(session, "backendSetConfig");
-  const std::string name = call.backend(backend);
-  const std::string arrayBase = backend == nullptr ? "backend" : name;
-  const std::string configs = writeConfigArray(
-      call, writers::backendConfigs(), config, "backendConfig", arrayBase);
+  RecordedCall call(session, calls::kBackendSetConfig);
+  const Name name = call.backend(backend);
+  const Name configs = writers::writeConfigs(
+      call, config, kConfigBase, backend == nullptr ? "backend" : name.text);
   return call.commit({name, configs}, kWriteFailures);
 }
 
@@ -51,20 +57,19 @@ Status recordBackendRegisterOpPackage(Session& session,
                                       const char* packagePath,
                                       const char* interfaceProvider,
                                       const char* target) {
-  RecordedCall call(session, "backendRegisterOpPackage");
-  return call.commit({call.backend(backend), escapedOrNull(packagePath),
-                      escapedOrNull(interfaceProvider), escapedOrNull(target)},
+  RecordedCall call(session, calls::kBackendRegisterOpPackage);
+  return call.commit({call.backend(backend), escaped(call, packagePath),
+                      escaped(call, interfaceProvider), escaped(call, target)},
                      kWriteFailures);
 }
 
 Status recordBackendGetSupportedOperations(
     Session& session, Kiv_BackendHandle_t backend, uint32_t* numOperations,
     const KivBackend_OperationName_t** operations) {
-  RecordedCall call(session, "backendGetSupportedOperations");
-  const std::string name = call.backend(backend);
-  const std::string count =
-      call.out(numOperations, "uint32_t", "numOperations");
-  const std::string list =
+  RecordedCall call(session, calls::kBackendGetSupportedOperations);
+  const Name name = call.backend(backend);
+  const Argument count = call.out(numOperations, "uint32_t", "numOperations");
+  const Argument list =
       call.out(operations, "const KivBackend_OperationName_t*", "operations");
   const Status status = call.commit({name, count, list}, kWriteFailures);
   if (!ok(status)) return status;
@@ -77,18 +82,15 @@ Status recordBackendGetSupportedOperations(
 Status recordBackendValidateOpConfig(Session& session,
                                      Kiv_BackendHandle_t backend,
                                      const Kiv_OpConfig_t& opConfig) {
-  RecordedCall call(session, "backendValidateOpConfig");
-  const std::string name =
-      call.names().unique("opConfig", session::Family::kOpConfig);
-  call.write([&](writers::WriteScope& scope) {
-    return writers::writeOpConfig(scope, opConfig, name, nullptr);
-  });
+  RecordedCall call(session, calls::kBackendValidateOpConfig);
+  const auto name = call.unique<Family::kOpConfig>("opConfig");
+  writers::writeOpConfig(call, opConfig, name, nullptr);
   return call.commit({call.backend(backend), name}, kWriteFailures);
 }
 
-// A null handle is written as well, and then is not there to be freed.
+// A null handle is written as well, and no backend has it.
 Status recordBackendFree(Session& session, Kiv_BackendHandle_t backend) {
-  RecordedCall call(session, "backendFree");
+  RecordedCall call(session, calls::kBackendFree);
   const Status status = call.commit({call.backend(backend)}, kWriteFailures);
   if (!ok(status)) return status;
   if (session.backends().erase(session::fromApi(backend))) return Status::kOk;

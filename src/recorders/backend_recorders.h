@@ -8,6 +8,7 @@ namespace kiv::recorders {
 // Each writes one call of the backend family and returns what the client gets:
 // 0, 4011 for an unknown backend, a value writer's status, or 4999 when the
 // call could not be written. A null backend is no error: it is written as NULL.
+// From any thread.
 
 // Makes the backend known; its handle is the client's only if that succeeds.
 Status recordBackendCreate(session::Session& session,

@@ -1,13 +1,12 @@
 #include "recorders/context_recorders.h"
 
-#include "recorders/config_array.h"
 #include "recorders/recorded_call.h"
 #include "writers/config_writers.h"
 
 namespace kiv::recorders {
 namespace {
 
-using output::decimal;
+namespace calls = format::calls;
 using session::SaverContext;
 using session::Session;
 
@@ -22,55 +21,89 @@ constexpr const char* kBinaryNotWritten =
     "Failed to write context binary to disk, ensure binaryBufferSize matches "
     "the actual buffer size.";
 
-constexpr ConfigArrayStyle kConfigStyle = {
-    .noConfigs = NoConfigs::kNullForNullOrEmpty, .blankLines = true};
+constexpr std::string_view kHandleType = "Kiv_ContextHandle_t";
+constexpr std::string_view kSizeType = "Kiv_ContextBinarySize_t";
 
-std::string writeConfigs(RecordedCall& call, const KivContext_Config_t** config,
-                         const std::string& base) {
-  return writeConfigArray(call, writers::contextConfigs(), config, base, base,
-                          kConfigStyle);
+Name writeConfigs(RecordedCall& call, const KivContext_Config_t** config,
+                  std::string_view base) {
+  return writers::writeConfigs(call, config, base, base);
 }
+
+// A variable that belongs to a context but is no part of every context's
+// variable: the name is claimed, and given back unless the call is written.
+class ClaimedName {
+ public:
+  ClaimedName(Session& session, RecordedCall& call, Name context,
+              std::string_view word)
+      : names_(session.names()) {
+    if (!call.hasFailed())
+      name_.text = names_.claim(call.code().joined({context.text, word}).text,
+                                format::Family::kPlain);
+  }
+  ~ClaimedName() {
+    if (!kept_) names_.release(name_.text);
+  }
+  ClaimedName(const ClaimedName&) = delete;
+  ClaimedName& operator=(const ClaimedName&) = delete;
+
+  operator Name() const { return name_; }
+  void keepIf(Status status) { kept_ = ok(status); }
+
+ private:
+  session::Names& names_;
+  Name name_;
+  bool kept_ = false;
+};
 
 // The binary as a static array. A null one cannot be written unless it is
 // empty.
-void readBinary(RecordedCall& call, const std::string& name,
-                const ContextBinary& binary, Status ifNull) {
-  if (binary.bytes == nullptr && binary.size != 0) {
-    (void)call.fail({ifNull, kBinaryNotWritten});
-    return;
-  }
+void readBinary(RecordedCall& call, Name name, const ContextBinary& binary,
+                Status ifNull) {
+  if (binary.bytes == nullptr && binary.size != 0)
+    return call.fail({ifNull, kBinaryNotWritten});
   call.code().emitStaticRead("uint8_t", name, {binary.bytes, 1, binary.size},
-                             "fp");
+                             format::kDataFileVariable);
 }
 
-// Writes a call with a binary; tells when it was the binary that failed.
-Status commitBinary(RecordedCall& call, const output::Texts& arguments,
+// Writes a call with a binary; reports when it was the binary that failed.
+Status commitBinary(RecordedCall& call,
+                    std::initializer_list<Argument> arguments,
                     const output::WriteFailures& failures) {
-  const bool wasWhole = ok(call.status());
+  const bool wasWhole = !call.hasFailed();
   const Status status = call.commit(arguments, failures);
   if (wasWhole && status == failures.data)
     return fail({failures.data, kBinaryNotWritten});
   return status;
 }
 
-Status createFromBinary(Session& session, const char* function,
+Status createFromBinary(Session& session, const format::Function& function,
                         const SaverContext& context,
                         Kiv_BackendHandle_t backend, Kiv_DeviceHandle_t device,
                         const KivContext_Config_t** config,
                         const ContextBinary& binary,
-                        Kiv_ProfileHandle_t profile, bool withSignal) {
+                        Kiv_ProfileHandle_t profile) {
   RecordedCall call(session, function);
-  const std::string& name = context.variable().name();
-  output::Texts arguments = {call.backend(backend), call.device(device)};
-  const std::string profileText = call.profile(profile);
-  const std::string address = call.declare("Kiv_ContextHandle_t", name);
-  const std::string bytes = call.names().claim(name + "_binary");
+  const Name name = call.use(context);
+  const Name backendName = call.backend(backend);
+  const Name deviceName = call.device(device);
+  const Name profileName = call.profile(profile);
+  const Argument address = call.declare(kHandleType, name);
+  ClaimedName bytes(session, call, name, "_binary");
   readBinary(call, bytes, binary, kCreateFromBinaryFailures.data);
-  const std::string configs = writeConfigs(call, config, name);
-  arguments.insert(arguments.end(), {configs, bytes, decimal(binary.size),
-                                     address, profileText});
-  if (withSignal) arguments.emplace_back("NULL");
-  return commitBinary(call, arguments, kCreateFromBinaryFailures);
+  const Name configs = writeConfigs(call, config, name.text);
+  const Argument size = Argument::number(binary.size);
+  const Status status =
+      function.arguments.size() == 7
+          ? commitBinary(call,
+                         {backendName, deviceName, configs, Name(bytes), size,
+                          address, profileName},
+                         kCreateFromBinaryFailures)
+          : commitBinary(call,
+                         {backendName, deviceName, configs, Name(bytes), size,
+                          address, profileName, Name{}},
+                         kCreateFromBinaryFailures);
+  bytes.keepIf(status);
+  return status;
 }
 
 }  // namespace
@@ -79,13 +112,13 @@ Status recordContextCreate(Session& session, const SaverContext& context,
                            Kiv_BackendHandle_t backend,
                            Kiv_DeviceHandle_t device,
                            const KivContext_Config_t** config) {
-  RecordedCall call(session, "contextCreate");
-  const std::string& name = context.variable().name();
-  const std::string backendText = call.backend(backend);
-  const std::string deviceText = call.device(device);
-  const std::string configs = writeConfigs(call, config, name);
-  const std::string address = call.declare("Kiv_ContextHandle_t", name);
-  return call.commit({backendText, deviceText, configs, address},
+  RecordedCall call(session, calls::kContextCreate);
+  const Name name = call.use(context);
+  const Name backendName = call.backend(backend);
+  const Name deviceName = call.device(device);
+  const Name configs = writeConfigs(call, config, name.text);
+  const Argument address = call.declare(kHandleType, name);
+  return call.commit({backendName, deviceName, configs, address},
                      kWriteFailures);
 }
 
@@ -93,16 +126,16 @@ Status recordContextCreateFromBinary(
     Session& session, const SaverContext& context, Kiv_BackendHandle_t backend,
     Kiv_DeviceHandle_t device, const KivContext_Config_t** config,
     ContextBinary binary, Kiv_ProfileHandle_t profile) {
-  return createFromBinary(session, "contextCreateFromBinary", context, backend,
-                          device, config, binary, profile, false);
+  return createFromBinary(session, calls::kContextCreateFromBinary, context,
+                          backend, device, config, binary, profile);
 }
 
 Status recordContextCreateFromBinaryWithSignal(
     Session& session, const SaverContext& context, Kiv_BackendHandle_t backend,
     Kiv_DeviceHandle_t device, const KivContext_Config_t** config,
     ContextBinary binary, Kiv_ProfileHandle_t profile) {
-  return createFromBinary(session, "contextCreateFromBinaryWithSignal", context,
-                          backend, device, config, binary, profile, true);
+  return createFromBinary(session, calls::kContextCreateFromBinaryWithSignal,
+                          context, backend, device, config, binary, profile);
 }
 
 Status recordContextValidateBinary(Session& session,
@@ -110,35 +143,40 @@ Status recordContextValidateBinary(Session& session,
                                    Kiv_DeviceHandle_t device,
                                    const KivContext_Config_t** config,
                                    ContextBinary binary) {
-  RecordedCall call(session, "contextValidateBinary");
-  const std::string backendText = call.backend(backend);
-  const std::string deviceText = call.device(device);
-  const std::string bytes = call.names().unique("binaryBuffer");
+  RecordedCall call(session, calls::kContextValidateBinary);
+  const Name backendName = call.backend(backend);
+  const Name deviceName = call.device(device);
+  const Name bytes = call.unique("binaryBuffer");
   readBinary(call, bytes, binary, kValidateBinaryFailures.data);
-  const std::string configs = writeConfigs(call, config, "context");
-  return commitBinary(
-      call, {backendText, deviceText, configs, bytes, decimal(binary.size)},
+  const Name configs = writeConfigs(call, config, "context");
+  const Status status = commitBinary(
+      call,
+      {backendName, deviceName, configs, bytes, Argument::number(binary.size)},
       kValidateBinaryFailures);
+  if (!ok(status)) session.names().release(bytes.text);
+  return status;
 }
 
 Status recordContextSetConfig(Session& session, const SaverContext& context,
                               const KivContext_Config_t** config) {
-  RecordedCall call(session, "contextSetConfig");
-  const std::string name = call.use(context.variable());
-  const std::string configs = writeConfigs(call, config, name);
+  RecordedCall call(session, calls::kContextSetConfig);
+  const Name name = call.use(context);
+  const Name configs = writeConfigs(call, config, name.text);
   return call.commit({name, configs}, kWriteFailures);
 }
 
 Status recordContextGetBinarySize(Session& session, const SaverContext& context,
                                   const Kiv_ContextBinarySize_t* binarySize) {
-  RecordedCall call(session, "contextGetBinarySize");
-  const std::string name = call.use(context.variable());
-  const std::string address =
-      binarySize == nullptr
-          ? "NULL"
-          : call.declare("Kiv_ContextBinarySize_t",
-                         call.names().claim(name + "_binaryBufferSize"));
+  RecordedCall call(session, calls::kContextGetBinarySize);
+  const Name name = call.use(context);
+  if (binarySize == nullptr) {
+    const Status status = call.commit({name, Name{}}, kWriteFailures);
+    return ok(status) ? Status::kNothingToReport : status;
+  }
+  ClaimedName size(session, call, name, "_binaryBufferSize");
+  const Argument address = call.declare(kSizeType, size);
   const Status status = call.commit({name, address}, kWriteFailures);
+  size.keepIf(status);
   return ok(status) ? Status::kNothingToReport : status;
 }
 
@@ -146,38 +184,39 @@ Status recordContextGetBinarySize(Session& session, const SaverContext& context,
 // own.
 Status recordContextGetBinary(Session& session, const SaverContext& context,
                               Kiv_ContextBinarySize_t bufferSize) {
-  RecordedCall call(session, "contextGetBinary");
+  RecordedCall call(session, calls::kContextGetBinary);
   output::CodeStream& code = call.code();
-  const std::string name = call.use(context.variable());
-  const std::string written = call.names().claim(name + "_writtenBufferSize");
-  const std::string buffer = call.names().claim(name + "_buffer");
-  const std::string file = call.names().claim(name + "_file");
-  const std::string size = decimal(bufferSize);
-  const std::string address = call.declare("Kiv_ContextBinarySize_t", written);
-  code.emitMalloc("uint8_t*", buffer, size);
-  call.call({name, buffer, size, address});
-  code.emitFopen(file, name + ".bin", "wb");
+  const Name name = call.use(context);
+  ClaimedName written(session, call, name, "_writtenBufferSize");
+  ClaimedName buffer(session, call, name, "_buffer");
+  ClaimedName file(session, call, name, "_file");
+  const Argument address = call.declare(kSizeType, written);
+  code.emitMalloc("uint8_t*", buffer, bufferSize);
+  call.call({name, Name(buffer), Argument::number(bufferSize), address});
+  code.emitFopen(file, code.joined({name.text, ".bin"}).text, "wb");
   code.emitFwrite(buffer, 1, written, file);
   code.emitFclose(file);
   code.emitFree(buffer);
   const Status status = call.commit(kWriteFailures);
+  for (ClaimedName* claimed : {&written, &buffer, &file})
+    claimed->keepIf(status);
   return ok(status) ? Status::kNothingToReport : status;
 }
 
 Status recordContextFree(Session& session, const SaverContext& context,
                          Kiv_ProfileHandle_t profile) {
-  RecordedCall call(session, "contextFree");
-  return call.commit({call.use(context.variable()), call.profile(profile)},
+  RecordedCall call(session, calls::kContextFree);
+  const Name name = call.use(context);
+  const bool isUnknown =
+      profile != nullptr &&
+      session.profiles().find(session::fromApi(profile)) == nullptr;
+  if (isUnknown) {
+    call.warn(
+        "No profile associated with the provided handle, the context is freed "
+        "without one");
+  }
+  return call.commit({name, call.profile(isUnknown ? nullptr : profile)},
                      kWriteFailures);
-}
-
-Status recordGraphRetrieve(Session& session, const SaverContext& context,
-                           const char* name, const std::string& variable) {
-  RecordedCall call(session, "graphRetrieve");
-  const std::string address = call.declare("Kiv_GraphHandle_t", variable);
-  return call.commit(
-      {call.use(context.variable()), call.scope().literal(name), address},
-      kWriteFailures);
 }
 
 }  // namespace kiv::recorders

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "KivContext.h"
-#include "KivGraph.h"
 #include "session/session.h"
 
 namespace kiv::recorders {
 
 // Each writes one call of the context family and returns what the client gets:
 // 0, 4011, 14000 or 12000 for an unknown backend, device or profile, a value
-// writer's status, or 5999 when the call could not be written.
+// writer's status, or 5999 when the call could not be written. From any thread.
 
 Status recordContextCreate(session::Session& session,
                            const session::SaverContext& context,
@@ -47,7 +46,7 @@ Status recordContextSetConfig(session::Session& session,
                               const session::SaverContext& context,
                               const KivContext_Config_t** config);
 
-// Both return 4950 once recorded: there is no binary to tell of.
+// Both return 4950 once recorded: there is no binary to report.
 Status recordContextGetBinarySize(session::Session& session,
                                   const session::SaverContext& context,
                                   const Kiv_ContextBinarySize_t* binarySize);
@@ -55,13 +54,10 @@ Status recordContextGetBinary(session::Session& session,
                               const session::SaverContext& context,
                               Kiv_ContextBinarySize_t bufferSize);
 
+// An unknown profile is written as NULL, with a warning: the context is gone
+// either way.
 Status recordContextFree(session::Session& session,
                          const session::SaverContext& context,
                          Kiv_ProfileHandle_t profile);
-
-// `variable` receives the retrieved graph in the generated program.
-Status recordGraphRetrieve(session::Session& session,
-                           const session::SaverContext& context,
-                           const char* name, const std::string& variable);
 
 }  // namespace kiv::recorders

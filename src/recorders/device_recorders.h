@@ -7,7 +7,7 @@ namespace kiv::recorders {
 
 // Each writes one call of the device family and returns what the client gets:
 // 0, a config writer's status, or 14999 when the call could not be written.
-// Results are never filled in.
+// Results are never filled in. From any thread.
 
 Status recordDeviceCreate(session::Session& session,
                           const session::SaverDevice& device,

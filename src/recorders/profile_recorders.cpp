@@ -1,23 +1,22 @@
 #include "recorders/profile_recorders.h"
 
-#include "recorders/config_array.h"
 #include "recorders/recorded_call.h"
 #include "writers/config_writers.h"
 
 namespace kiv::recorders {
 namespace {
 
-using output::decimal;
+namespace calls = format::calls;
 using session::SaverProfile;
 using session::Session;
 
 constexpr output::WriteFailures kWriteFailures = {Status::kProfileError,
                                                   Status::kProfileError};
-constexpr output::WriteFailures kPropertyWriteFailures = {
-    Status::kPropertyError, Status::kPropertyError};
 
-std::string eventText(KivProfile_EventId_t event) {
-  return "(KivProfile_EventId_t)" + decimal(event);
+constexpr std::string_view kListType = "const KivProfile_EventId_t*";
+
+Argument eventArgument(KivProfile_EventId_t event) {
+  return Argument::cast("KivProfile_EventId_t", event);
 }
 
 // Lets a client that walks the events come to an end.
@@ -27,16 +26,17 @@ void reportNoEvents(const KivProfile_EventId_t** events, uint32_t* numEvents) {
 }
 
 // A query of an event's data, whose result the program leaves unused.
-Status recordEventData(Session& session, const char* function,
+Status recordEventData(Session& session, const format::Function& function,
                        KivProfile_EventId_t event, const void* data,
-                       const char* type, const char* base) {
+                       std::string_view base) {
   RecordedCall call(session, function);
   if (data != nullptr) {
     call.code().emitLine(
         "// The event data will not be used in any way, any usage must be "
         "inserted manually if desired.");
   }
-  return call.commit({eventText(event), call.out(data, type, base)},
+  const std::string_view type = function.arguments.back().type;
+  return call.commit({eventArgument(event), call.out(data, type, base)},
                      kWriteFailures);
 }
 
@@ -45,33 +45,32 @@ Status recordEventData(Session& session, const char* function,
 Status recordProfileCreate(Session& session, const SaverProfile& profile,
                            Kiv_BackendHandle_t backend,
                            KivProfile_Level_t level) {
-  RecordedCall call(session, "profileCreate");
-  const std::string backendText = call.backend(backend);
-  const std::string address =
-      call.declare("Kiv_ProfileHandle_t", profile.variable().name());
+  RecordedCall call(session, calls::kProfileCreate);
+  const Name backendName = call.backend(backend);
+  const Argument address =
+      call.declare("Kiv_ProfileHandle_t", call.use(profile));
   return call.commit(
-      {backendText, "(KivProfile_Level_t)" + decimal(level), address},
+      {backendName, Argument::cast("KivProfile_Level_t", level), address},
       kWriteFailures);
 }
 
 Status recordProfileSetConfig(Session& session, const SaverProfile& profile,
                               const KivProfile_Config_t** config) {
-  RecordedCall call(session, "profileSetConfig");
-  const std::string name = call.use(profile.variable());
-  const std::string configs =
-      writeConfigArray(call, writers::profileConfigs(), config, name, name);
+  RecordedCall call(session, calls::kProfileSetConfig);
+  const Name name = call.use(profile);
+  const Name configs =
+      writers::writeConfigs(call, config, name.text, name.text);
   return call.commit({name, configs}, kWriteFailures);
 }
 
 Status recordProfileGetEvents(Session& session, const SaverProfile& profile,
                               const KivProfile_EventId_t** events,
                               uint32_t* numEvents) {
-  RecordedCall call(session, "profileGetEvents");
-  const std::string list =
-      call.out(events, "const KivProfile_EventId_t*", "profileEventIds");
-  const std::string count = call.out(numEvents, "uint32_t", "numEvents");
+  RecordedCall call(session, calls::kProfileGetEvents);
+  const Argument list = call.out(events, kListType, "profileEventIds");
+  const Argument count = call.out(numEvents, "uint32_t", "numEvents");
   const Status status =
-      call.commit({call.use(profile.variable()), list, count}, kWriteFailures);
+      call.commit({call.use(profile), list, count}, kWriteFailures);
   if (ok(status)) reportNoEvents(events, numEvents);
   return status;
 }
@@ -79,38 +78,31 @@ Status recordProfileGetEvents(Session& session, const SaverProfile& profile,
 Status recordProfileGetSubEvents(Session& session, KivProfile_EventId_t event,
                                  const KivProfile_EventId_t** subEvents,
                                  uint32_t* numSubEvents) {
-  RecordedCall call(session, "profileGetSubEvents");
-  const std::string list =
-      call.out(subEvents, "const KivProfile_EventId_t*", "subEventIds");
-  const std::string count = call.out(numSubEvents, "uint32_t", "numSubEvents");
+  RecordedCall call(session, calls::kProfileGetSubEvents);
+  const Argument list = call.out(subEvents, kListType, "subEventIds");
+  const Argument count = call.out(numSubEvents, "uint32_t", "numSubEvents");
   const Status status =
-      call.commit({eventText(event), list, count}, kWriteFailures);
+      call.commit({eventArgument(event), list, count}, kWriteFailures);
   if (ok(status)) reportNoEvents(subEvents, numSubEvents);
   return status;
 }
 
 Status recordProfileGetEventData(Session& session, KivProfile_EventId_t event,
                                  const KivProfile_EventData_t* data) {
-  return recordEventData(session, "profileGetEventData", event, data,
-                         "KivProfile_EventData_t", "eventData");
+  return recordEventData(session, calls::kProfileGetEventData, event, data,
+                         "eventData");
 }
 
 Status recordProfileGetExtendedEventData(
     Session& session, KivProfile_EventId_t event,
     const KivProfile_ExtendedEventData_t* data) {
-  return recordEventData(session, "profileGetExtendedEventData", event, data,
-                         "KivProfile_ExtendedEventData_t", "extendedEventData");
+  return recordEventData(session, calls::kProfileGetExtendedEventData, event,
+                         data, "extendedEventData");
 }
 
 Status recordProfileFree(Session& session, const SaverProfile& profile) {
-  RecordedCall call(session, "profileFree");
-  return call.commit({call.use(profile.variable())}, kWriteFailures);
-}
-
-Status recordPropertyHasCapability(Session& session, KivProperty_Key_t key) {
-  RecordedCall call(session, "propertyHasCapability");
-  return call.commit({"(KivProperty_Key_t)" + decimal(key)},
-                     kPropertyWriteFailures);
+  RecordedCall call(session, calls::kProfileFree);
+  return call.commit({call.use(profile)}, kWriteFailures);
 }
 
 }  // namespace kiv::recorders

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "KivProfile.h"
-#include "KivProperty.h"
 #include "session/session.h"
 
 namespace kiv::recorders {
@@ -9,7 +8,7 @@ namespace kiv::recorders {
 // Each writes one call of the profile family and returns what the client gets:
 // 0, 4011 for an unknown backend, a config writer's status, or 12999 when the
 // call could not be written. Event lists are reported empty, 0 and null; other
-// results are never filled in.
+// results are never filled in. From any thread.
 
 Status recordProfileCreate(session::Session& session,
                            const session::SaverProfile& profile,
@@ -34,9 +33,5 @@ Status recordProfileGetExtendedEventData(
     const KivProfile_ExtendedEventData_t* data);
 Status recordProfileFree(session::Session& session,
                          const session::SaverProfile& profile);
-
-// Writes the capability query; 1999 when it could not be written.
-Status recordPropertyHasCapability(session::Session& session,
-                                   KivProperty_Key_t key);
 
 }  // namespace kiv::recorders

@@ -1,5 +1,7 @@
 #include "recorders/recorded_call.h"
 
+#include <cassert>
+
 namespace kiv::recorders {
 namespace {
 
@@ -12,71 +14,53 @@ constexpr Failure kUnknownProfile = {
 
 }  // namespace
 
-RecordedCall::RecordedCall(session::Session& session, std::string_view function)
-    : session_(session),
-      function_(function),
-      scope_{code_, session.names(), messages_, session.files().backendId(),
-             session.program()} {}
-
-// `find` gives the object of a handle, or null.
-template <typename Find>
-std::string RecordedCall::argument(void* handle, const Failure& ifUnknown,
-                                   Find&& find) {
-  if (handle == nullptr) return "NULL";
-  const auto object = find(session::fromApi(handle));
+// The object may be freed by another thread before the call is written, so the
+// name is copied.
+template <typename Object>
+Name RecordedCall::find(const session::Registry<Object>& registry, void* handle,
+                        const Failure& ifUnknown) {
+  if (handle == nullptr) return {};
+  const auto object = registry.find(session::fromApi(handle));
   if (object == nullptr) {
-    (void)fail(ifUnknown);
+    fail(ifUnknown);
     return {};
   }
-  return scope_.use(object->variable());
+  return code().joined({use(*object).text});
 }
 
-std::string RecordedCall::backend(Kiv_BackendHandle_t handle) {
-  return argument(handle, kUnknownBackend, [this](session::Handle known) {
-    return session_.backends().find(known);
-  });
+Name RecordedCall::backend(Kiv_BackendHandle_t handle) {
+  return find(session().backends(), handle, kUnknownBackend);
 }
 
-std::string RecordedCall::device(Kiv_DeviceHandle_t handle) {
-  return argument(handle, kUnknownDevice, [this](session::Handle known) {
-    return session_.devices().find(known);
-  });
+Name RecordedCall::device(Kiv_DeviceHandle_t handle) {
+  return find(session().devices(), handle, kUnknownDevice);
 }
 
-std::string RecordedCall::profile(Kiv_ProfileHandle_t handle) {
-  return argument(handle, kUnknownProfile, [this](session::Handle known) {
-    return session_.profiles().find(known);
-  });
+Name RecordedCall::profile(Kiv_ProfileHandle_t handle) {
+  return find(session().profiles(), handle, kUnknownProfile);
 }
 
-std::string RecordedCall::out(const void* target, std::string_view type,
-                              std::string_view base) {
-  if (target == nullptr) return "NULL";
-  return declare(type, names().unique(base));
+Argument RecordedCall::out(const void* target, std::string_view type,
+                           std::string_view base) {
+  if (target == nullptr) return Name{};
+  return declare(type, unique(base));
 }
 
-std::string RecordedCall::declare(std::string_view type,
-                                  std::string_view name) {
-  code_.emitDeclaration(type, name);
-  return '&' + std::string(name);
+Argument RecordedCall::declare(std::string_view type, Name name) {
+  code().emitDeclaration(type, name);
+  return Argument::address(name);
 }
 
-void RecordedCall::call(const output::Texts& arguments) {
-  code_.emitCall("VALIDATE", "error", "interface", function_, arguments);
+void RecordedCall::call(std::initializer_list<Argument> arguments) {
+  assert(arguments.size() == function_.arguments.size());
+  code().emitCall(format::kMacro, format::kErrorVariable,
+                  format::kInterfaceVariable, function_.name, arguments);
 }
 
-Status RecordedCall::commit(const output::WriteFailures& failures) {
-  messages_.send();
-  if (!ok(status_)) return status_;
-  status_ =
-      session_.files().append(code_.runs(), code_.takeText(true), failures);
-  return status_;
-}
-
-Status RecordedCall::commit(const output::Texts& arguments,
+Status RecordedCall::commit(std::initializer_list<Argument> arguments,
                             const output::WriteFailures& failures) {
-  call(arguments);
-  return commit(failures);
+  if (!hasFailed()) call(arguments);
+  return write(failures);
 }
 
 }  // namespace kiv::recorders

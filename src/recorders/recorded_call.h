@@ -1,82 +1,75 @@
 #pragma once
 
-#include <string>
+#include <initializer_list>
 #include <string_view>
 
-#include "diagnostics/messages.h"
-#include "output/code_stream.h"
-#include "output/output_files.h"
-#include "session/session.h"
-#include "writers/write_scope.h"
+#include "format/calls.h"
+#include "writers/call_text.h"
 
 namespace kiv::recorders {
+
+using format::Family;
+using output::Argument;
+using output::Name;
+using output::NameOf;
 
 // One recorded API call. Statements, bytes and messages are collected here;
 // commit() appends all of it to the output files, or nothing.
 //
-//   RecordedCall call(session, "graphFinalize");
-//   const std::string profile = call.profile(profileHandle);
-//   return call.commit({call.use(graph.variable()), profile, "NULL"},
-//                      kGraphWriteFailures);
+//   RecordedCall call(session, format::calls::kGraphFinalize);
+//   const Name profile = call.profile(profileHandle);
+//   return call.commit({call.use(graph), profile, Name{}}, kWriteFailures);
 //
-// The first failure sticks: whatever follows it does nothing, and commit()
-// returns it.
-class RecordedCall {
+// One thread at a time.
+class RecordedCall : public writers::CallText {
  public:
-  RecordedCall(session::Session& session, std::string_view function);
+  RecordedCall(session::Session& session, const format::Function& function)
+      : CallText(session), function_(function) {}
 
-  // The argument text of an object that an earlier call declared: its variable,
-  // or "NULL" for a null handle. An unknown handle is a failure.
-  std::string backend(Kiv_BackendHandle_t handle);
-  std::string device(Kiv_DeviceHandle_t handle);
-  std::string profile(Kiv_ProfileHandle_t handle);
-  std::string use(const session::Variable& variable) {
-    return scope_.use(variable);
+  // The variable of an object that an earlier call declared; empty, and so
+  // NULL, for a null handle. An unknown handle is a failure.
+  Name backend(Kiv_BackendHandle_t handle);
+  Name device(Kiv_DeviceHandle_t handle);
+  Name profile(Kiv_ProfileHandle_t handle);
+
+  // The variable of an object at hand.
+  using CallText::use;
+  NameOf<Family::kContext> use(const session::SaverContext& context) {
+    return {use(context.variable())};
+  }
+  NameOf<Family::kGraph> use(const session::SaverGraph& graph) {
+    return {use(graph.variable())};
+  }
+  Name use(const session::NamedObject& object) {
+    return use(object.variable());
   }
 
   // Declares a variable for a result, called base + a counter, and returns its
-  // address; "NULL" when the client wants no result.
-  std::string out(const void* target, std::string_view type,
-                  std::string_view base);
+  // address; NULL when the client wants no result.
+  Argument out(const void* target, std::string_view type,
+               std::string_view base);
 
   // Declares a variable and returns its address.
-  std::string declare(std::string_view type, std::string_view name);
-
-  // Lets a value writer work, unless something has failed.
-  template <typename Write>
-  void write(Write&& writer) {
-    if (ok(status_)) status_ = writer(scope_);
-  }
-
-  writers::WriteScope& scope() { return scope_; }
-  output::CodeStream& code() { return code_; }
-  session::Names& names() { return session_.names(); }
-  Status status() const { return status_; }
-  Status fail(const Failure& failure) {
-    if (ok(status_)) status_ = scope_.fail(failure);
-    return status_;
-  }
+  Argument declare(std::string_view type, Name name);
 
   // Writes the call itself. Statements behind it may follow.
-  void call(const output::Texts& arguments);
+  void call(std::initializer_list<Argument> arguments);
 
   // Ends the call's text with a blank line and writes it.
-  Status commit(const output::WriteFailures& failures);
+  Status commit(const output::WriteFailures& failures) {
+    return write(failures);
+  }
 
   // call() and commit().
-  Status commit(const output::Texts& arguments,
+  Status commit(std::initializer_list<Argument> arguments,
                 const output::WriteFailures& failures);
 
  private:
-  template <typename Find>
-  std::string argument(void* handle, const Failure& ifUnknown, Find&& find);
+  template <typename Object>
+  Name find(const session::Registry<Object>& registry, void* handle,
+            const Failure& ifUnknown);
 
-  session::Session& session_;
-  std::string_view function_;
-  Messages messages_;
-  output::CodeStream code_;
-  writers::WriteScope scope_;
-  Status status_ = Status::kOk;
+  const format::Function& function_;
 };
 
 }  // namespace kiv::recorders

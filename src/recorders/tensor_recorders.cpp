@@ -6,8 +6,11 @@
 namespace kiv::recorders {
 namespace {
 
-// Text that cannot be written goes by a code that no writer gives, since the
-// client is not told of it.
+using format::Part;
+using session::TensorRegistry;
+
+// Text that cannot be written has a code that no writer gives: the client's
+// call succeeds all the same.
 constexpr output::WriteFailures kWriteFailures = {Status::kBackendError,
                                                   Status::kContextError};
 
@@ -19,11 +22,6 @@ constexpr Failure kIdExists = {
     "Tensor name hash collision occurred, tensor with name %s must be "
     "renamed.\n"};
 
-const char* functionOf(TensorOwner owner) {
-  return owner == TensorOwner::kContext ? "tensorCreateContextTensor"
-                                        : "tensorCreateGraphTensor";
-}
-
 bool isKnownVersion(const Kiv_Tensor_t& tensor) {
   const std::uint32_t version = writers::enumValue(tensor.version);
   return version == KIV_TENSOR_VERSION_1 || version == KIV_TENSOR_VERSION_2;
@@ -32,28 +30,35 @@ bool isKnownVersion(const Kiv_Tensor_t& tensor) {
 }  // namespace
 
 TensorRecording recordTensorCreate(session::Session& session,
-                                   const std::string& variable,
                                    const Kiv_Tensor_t& tensor,
                                    TensorOwner owner,
-                                   const session::Variable& ownerVariable) {
-  RecordedCall call(session, functionOf(owner));
-  call.write([&](writers::WriteScope& scope) {
-    return writers::writeTensor(scope, tensor, variable, nullptr);
-  });
+                                   const session::Variable& ownerVariable,
+                                   std::uint32_t number) {
+  const bool isGraph = owner == TensorOwner::kGraph;
+  const std::uint32_t program = session.programNumber();
+  RecordedCall call(session, isGraph
+                                 ? format::calls::kTensorCreateGraphTensor
+                                 : format::calls::kTensorCreateContextTensor);
+  const Name ownerName = call.use(ownerVariable);
+  const auto name = isGraph ? call.code().name<Part::kGraphTensor>(
+                                  NameOf<Family::kGraph>{ownerName}, number)
+                            : call.code().name<Part::kContextTensor>(
+                                  NameOf<Family::kContext>{ownerName}, number);
+  writers::writeTensor(call, tensor, name, nullptr);
   const Status status =
-      call.commit({call.use(ownerVariable), '&' + variable}, kWriteFailures);
-  if (status == kWriteFailures.text) return {Status::kOk, false};
-  return {status, ok(status)};
+      call.commit({ownerName, Argument::address(name)}, kWriteFailures);
+  if (ok(status)) return {status, {{number, program}}};
+  return {status == kWriteFailures.text ? Status::kOk : status, {}};
 }
 
-Status registerTensor(session::Session& session,
-                      session::TensorRegistry& registry, Kiv_Tensor_t& tensor,
-                      std::shared_ptr<const session::Variable> variable) {
-  using Added = session::TensorRegistry::Added;
+Status registerTensor(session::Session& session, TensorRegistry& registry,
+                      const TensorRegistry::Room& room, Kiv_Tensor_t& tensor,
+                      std::optional<TensorRegistry::Creation> creation) {
+  using Added = TensorRegistry::Added;
   const bool known = isKnownVersion(tensor);
   const char* name = known && tensor.v1.name != nullptr ? tensor.v1.name : "";
   const std::uint32_t id = session.nextTensorId();
-  switch (registry.add(id, name, std::move(variable))) {
+  switch (registry.add(room, id, name, creation)) {
     case Added::kNameExists:
       return fail(kNameExists, name);
     case Added::kIdExists:

@@ -2,20 +2,49 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
-#include "session/variable.h"
+#include "diagnostics/spin_lock.h"
 
 namespace kiv::session {
 
-// The tensors of one context or graph: their variables, found again by id. From
-// any thread.
+// The tensors of one context or graph, found again by id. A tensor's variable
+// is its owner's + "_tensor_" + the tensor's number, which makes a tensor a row
+// of 24 bytes. From any thread.
 class TensorRegistry {
  public:
   enum class Added { kYes, kNameExists, kIdExists };
+
+  // One more row, which adding a tensor then cannot lack.
+  class Room {
+   public:
+    explicit Room(TensorRegistry& registry);
+    ~Room();
+    Room(const Room&) = delete;
+    Room& operator=(const Room&) = delete;
+
+   private:
+    TensorRegistry& registry_;
+  };
+
+  // A tensor's creation in the recording.
+  struct Creation {
+    std::uint32_t number;
+    // Of the program that declares the tensor's variable.
+    std::uint32_t programNumber;
+  };
+
+  // A tensor as a later call refers to it.
+  struct Use {
+    // Lives as long as the registries do.
+    std::string_view ownerVariable;
+    std::uint32_t number;
+    // Whether it is the first use in a program that does not declare it.
+    bool isNewlyUndeclared;
+  };
 
   // `outer` is where a tensor is looked up that is not found here: the
   // registry of the graph above a subgraph, or of a graph's context.
@@ -25,26 +54,39 @@ class TensorRegistry {
   TensorRegistry(const TensorRegistry&) = delete;
   TensorRegistry& operator=(const TensorRegistry&) = delete;
 
-  // The next variable: owner's + "_tensor_" + a counter from 0.
-  std::string makeVariable();
+  // Numbers of tensors, from 0.
+  std::uint32_t nextNumber();
 
-  // Registers a tensor. One whose creation is not in the recording has no
-  // variable and is not found.
-  Added add(std::uint32_t id, std::string_view clientName,
-            std::shared_ptr<const Variable> variable);
+  // Registers a tensor. One whose creation is not in the recording is not
+  // found later.
+  Added add(const Room& room, std::uint32_t id, std::string_view clientName,
+            std::optional<Creation> creation) noexcept;
 
-  // The variable that created the tensor of that id, here or further out; null
-  // when there is none.
-  std::shared_ptr<const Variable> find(std::uint32_t id) const;
+  // The tensor of that id, here or further out; nothing when there is none.
+  std::optional<Use> use(std::uint32_t id, std::uint32_t programNumber) const;
 
  private:
+  struct Row {
+    std::uint32_t id;
+    std::uint32_t number;
+    std::uint32_t declaredIn;
+    std::uint32_t lastUsedIn;
+    std::uint64_t nameHash;
+  };
+  static constexpr std::uint32_t kNotRecorded = 0xFFFFFFFF;
+
+  Row* find(std::uint32_t id) const;
+
   const std::string ownerVariable_;
   // Changed at the end only.
   mutable std::shared_ptr<const TensorRegistry> outer_;
-  mutable std::mutex mutex_;
+  // Held for some instructions, or while the rows move.
+  mutable log::SpinLock lock_;
   std::uint32_t nextNumber_ = 0;
-  std::unordered_map<std::uint32_t, std::shared_ptr<const Variable>> variables_;
-  std::unordered_map<std::string, std::uint32_t> idsByName_;
+  // By id, which mostly is the order of the creations.
+  mutable std::vector<Row> rows_;
+  // How many rows are promised.
+  std::size_t promised_ = 0;
 };
 
 }  // namespace kiv::session

@@ -1,253 +1,215 @@
 #include "writers/config_writers.h"
 
-#include "writers/gpu_config_writers.h"
+#include <vector>
+
+#include "format/configs.h"
+#include "writers/custom_rules.h"
 #include "writers/platform_info_writer.h"
 
 namespace kiv::writers {
 namespace {
 
-using output::decimal;
-using output::Texts;
-
-// A value that is the member's text and nothing else.
-template <typename Config, std::string (*text)(WriteScope&, const Config&)>
-Status plain(WriteScope& scope, const Config& config, const std::string&,
-             std::string& result) {
-  result = text(scope, config);
-  return Status::kOk;
-}
-
-std::string errorConfigText(const Kiv_ErrorConfig_t& config) {
-  return ".errorConfig={" +
-         cast("Kiv_ErrorReportingLevel_t", config.reportingLevel) + ", " +
-         decimal(config.storageLimit) + '}';
-}
-
-// ---- backend ----
-
-using Backend = KivBackend_Config_t;
-
-std::string backendErrorConfig(WriteScope&, const Backend& config) {
-  return errorConfigText(config.errorConfig);
-}
-
-std::string platformOption(WriteScope& scope, const Backend& config) {
-  return ".platformOption=" + scope.literal(config.platformOption);
-}
-
-constexpr ConfigOption<Backend> kBackendOptions[] = {
-    {KIV_BACKEND_CONFIG_OPTION_ERROR_REPORTING, "errorConfig",
-     "KIV_BACKEND_CONFIG_OPTION_ERROR_REPORTING",
-     plain<Backend, backendErrorConfig>},
-    {KIV_BACKEND_CONFIG_OPTION_PLATFORM, "platformOption",
-     "KIV_BACKEND_CONFIG_OPTION_PLATFORM", plain<Backend, platformOption>},
-};
-
-// ---- context ----
-
-using Context = KivContext_Config_t;
-
-constexpr Failure kQueueDepthType = {
-    Status::kContextInvalidArgument,
-    "Unknown or unsupported async execution queue depth type: %ld"};
-
-std::string contextPriority(WriteScope&, const Context& config) {
-  return ".priority=" + cast("Kiv_Priority_t", config.priority);
-}
-
-std::string contextErrorConfig(WriteScope&, const Context& config) {
-  return errorConfigText(config.errorConfig);
-}
-
-std::string oemString(WriteScope& scope, const Context& config) {
-  return ".oemString=" + scope.literal(config.oemString);
-}
-
-Status queueDepth(WriteScope& scope, const Context& config, const std::string&,
-                  std::string& text) {
-  const std::uint32_t type = enumValue(config.asyncExeQueueDepth.type);
-  if (type != KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC)
-    return scope.fail(kQueueDepthType, static_cast<long>(type));
-  text =
-      ".asyncExeQueueDepth={KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_"
-      "NUMERIC, .depth=" +
-      decimal(config.asyncExeQueueDepth.depth) + '}';
-  return Status::kOk;
-}
-
-Status enableGraphs(WriteScope& scope, const Context& config,
-                    const std::string& name, std::string& text) {
-  Texts elements;
-  for (const char* const* graph = config.enableGraphs;
-       graph != nullptr && *graph != nullptr; ++graph)
-    elements.push_back(scope.literal(*graph));
-  elements.emplace_back("NULL");
-  const std::string array = name + "_array";
-  scope.code.emitArray("const char* const", array, elements);
-  text = ".enableGraphs=" + array;
-  return Status::kOk;
-}
-
-std::string memoryLimitHint(WriteScope&, const Context& config) {
-  return ".memoryLimitHint=" + decimal(config.memoryLimitHint);
-}
-
-std::string isPersistentBinary(WriteScope&, const Context& config) {
-  return ".isPersistentBinary=" + decimal(config.isPersistentBinary);
-}
-
-// The later constants have no OPTION in their names.
-constexpr ConfigOption<Context> kContextOptions[] = {
-    {KIV_CONTEXT_CONFIG_OPTION_PRIORITY, "priority",
-     "KIV_CONTEXT_CONFIG_OPTION_PRIORITY", plain<Context, contextPriority>},
-    {KIV_CONTEXT_CONFIG_OPTION_ERROR_REPORTING, "errorConfig",
-     "KIV_CONTEXT_CONFIG_OPTION_ERROR_REPORTING",
-     plain<Context, contextErrorConfig>},
-    {KIV_CONTEXT_CONFIG_OPTION_OEM_STRING, "oemString",
-     "KIV_CONTEXT_CONFIG_OPTION_OEM_STRING", plain<Context, oemString>},
-    {KIV_CONTEXT_CONFIG_ASYNC_EXECUTION_QUEUE_DEPTH, "asyncExeQueueDepth",
-     "KIV_CONTEXT_CONFIG_ASYNC_EXECUTION_QUEUE_DEPTH", queueDepth},
-    {KIV_CONTEXT_CONFIG_ENABLE_GRAPHS, "enableGraphs",
-     "KIV_CONTEXT_CONFIG_ENABLE_GRAPHS", enableGraphs},
-    {KIV_CONTEXT_CONFIG_MEMORY_LIMIT_HINT, "memoryLimitHint",
-     "KIV_CONTEXT_CONFIG_MEMORY_LIMIT_HINT", plain<Context, memoryLimitHint>},
-    {KIV_CONTEXT_CONFIG_PERSISTENT_BINARY, "isPersistentBinary",
-     "KIV_CONTEXT_CONFIG_PERSISTENT_BINARY",
-     plain<Context, isPersistentBinary>},
-};
-
-void writeGpuContext(WriteScope& scope, const void* custom,
-                     const std::string& name) {
-  writeGpuContextConfig(
-      scope, *static_cast<const KivGpuContext_CustomConfig_t*>(custom), name);
-}
-
-// ---- device ----
-
-using Device = KivDevice_Config_t;
-
-Status hardwareInfo(WriteScope& scope, const Device& config,
-                    const std::string& name, std::string& text) {
-  if (config.hardwareInfo == nullptr) {
-    text = ".hardwareInfo = NULL";
-    return Status::kOk;
-  }
-  const std::string info = name + "_config";
-  text = ".hardwareInfo = &" + info;
-  return writePlatformInfo(scope, *config.hardwareInfo, info);
-}
-
-constexpr ConfigOption<Device> kDeviceOptions[] = {
-    {KIV_DEVICE_CONFIG_OPTION_PLATFORM_INFO, "hardwareInfo",
-     "KIV_DEVICE_CONFIG_OPTION_PLATFORM_INFO", hardwareInfo},
-};
-
-// ---- graph ----
-
-using Graph = KivGraph_Config_t;
-
-std::string graphPriority(WriteScope&, const Graph& config) {
-  return ".priority=" + cast("Kiv_Priority_t", config.priority);
-}
-
-constexpr ConfigOption<Graph> kGraphOptions[] = {
-    {KIV_GRAPH_CONFIG_OPTION_PRIORITY, "priority",
-     "KIV_GRAPH_CONFIG_OPTION_PRIORITY", plain<Graph, graphPriority>},
-};
-
-void writeGpuGraph(WriteScope& scope, const void* custom,
-                   const std::string& name) {
-  writeGpuGraphConfig(
-      scope, *static_cast<const KivGpuGraph_CustomConfig_t*>(custom), name);
-}
-
-// ---- profile ----
-
-using Profile = KivProfile_Config_t;
-
-std::string numMaxEvents(WriteScope&, const Profile& config) {
-  return ".numMaxEvents=" + decimal(config.numMaxEvents) + "ULL";
-}
-
-constexpr ConfigOption<Profile> kProfileOptions[] = {
-    {KIV_PROFILE_CONFIG_OPTION_MAX_EVENTS, "maxEvents",
-     "KIV_PROFILE_CONFIG_OPTION_MAX_EVENTS", plain<Profile, numMaxEvents>},
-};
+using format::ConfigFamily;
+using format::ConfigOption;
+using format::EmptyConfigs;
+using format::Part;
 
 constexpr const char* kUnknownOption = "Unknown config option provided: %ld";
 constexpr const char* kUnknownDeviceOption =
     "Unknown config option provided: %d";
+constexpr Failure kQueueDepthType = {
+    Status::kContextInvalidArgument,
+    "Unknown or unsupported async execution queue depth type: %ld"};
+
+// By ConfigFamilyId.
+constexpr Status kInvalidArguments[] = {
+    Status::kBackendInvalidArgument, Status::kContextInvalidArgument,
+    Status::kInvalidArgument, Status::kGraphInvalidArgument,
+    Status::kInvalidArgument};
+
+// The message takes the option as an int in the device family alone.
+void failUnknownOption(CallText& call, const ConfigFamily& family,
+                       std::uint32_t option) {
+  const Status status = kInvalidArguments[static_cast<std::size_t>(family.id)];
+  if (family.id == format::ConfigFamilyId::kDevice)
+    return call.fail({status, kUnknownDeviceOption}, static_cast<int>(option));
+  call.fail({status, kUnknownOption}, static_cast<long>(option));
+}
+
+// ---- custom configs: the variable of a record that its backend's writer knows
+
+// Only the GPU backend's custom configs have a form that is known.
+template <typename Config>
+Name writeCustom(CallText&, const Config&, NameOf<Family::kConfig>) {
+  return {};
+}
+
+// An option that the backend does not have is written as the undefined one.
+Name writeCustom(CallText& call, const KivContext_Config_t& config,
+                 NameOf<Family::kConfig> owner) {
+  const auto& custom =
+      *static_cast<const KivGpuContext_CustomConfig_t*>(config.customConfig);
+  const ConfigOption* option =
+      format::findOption(format::kGpuContextOptions, enumValue(custom.option));
+  if (option == nullptr)
+    option = format::findOption(format::kGpuContextOptions,
+                                KIV_GPU_CONTEXT_CONFIG_OPTION_UNDEFINED);
+  const Name record = call.code().name<Part::kCustomConfig>(owner);
+  call.code().emitStruct(format::kGpuContextCustomConfigType, record,
+                         option->constant, &custom, {option->member});
+  return record;
+}
+
+Name writeCustom(CallText& call, const KivGraph_Config_t& config,
+                 NameOf<Family::kConfig> owner) {
+  const Name record = call.code().name<Part::kCustomConfig>(owner);
+  call.code().emitStruct<format::rows::kGpuGraphCustomConfig>(
+      record, config.customConfig);
+  return record;
+}
+
+// ---- other options: the variable of what the record points to, if anything
+
+template <typename Config>
+Name writeTarget(CallText&, const Config&, NameOf<Family::kConfig>) {
+  return {};
+}
+
+Name writeGraphNames(CallText& call, const char* const* names,
+                     NameOf<Family::kConfig> owner) {
+  output::CodeStream& code = call.code();
+  std::size_t count = 0;
+  while (names != nullptr && names[count] != nullptr) ++count;
+  const Name array = code.name<Part::kGraphNames>(owner);
+  code.emitArray("const char* const", array, count + 1, [&](std::size_t i) {
+    code.appendLiteral(i < count ? names[i] : nullptr);
+  });
+  return array;
+}
+
+Name writeTarget(CallText& call, const KivContext_Config_t& config,
+                 NameOf<Family::kConfig> owner) {
+  const std::uint32_t option = enumValue(config.option);
+  if (option == KIV_CONTEXT_CONFIG_ENABLE_GRAPHS)
+    return writeGraphNames(call, config.enableGraphs, owner);
+  if (option != KIV_CONTEXT_CONFIG_ASYNC_EXECUTION_QUEUE_DEPTH) return {};
+  const std::uint32_t type = enumValue(config.asyncExeQueueDepth.type);
+  if (type != KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC)
+    call.fail(kQueueDepthType, static_cast<long>(type));
+  return {};
+}
+
+Name writeTarget(CallText& call, const KivDevice_Config_t& config,
+                 NameOf<Family::kConfig> owner) {
+  if (config.hardwareInfo == nullptr) return {};
+  const auto info = call.code().name<Part::kPlatformInfo>(owner);
+  writePlatformInfo(call, *config.hardwareInfo, info);
+  return info;
+}
+
+// ---- records and lists ----
+
+// Writes a record behind what `write` writes for it, whose variable it refers
+// to.
+template <typename Config, typename Write>
+Name writeRecord(CallText& call, const ConfigFamily& family,
+                 const Config& config, const ConfigOption& option,
+                 std::string_view base, Write&& write) {
+  const auto name = call.unique<Family::kConfig>(
+      call.code().joined({base, "_", option.word}).text);
+  const Name target = write(name);
+  if (call.hasFailed()) return {};
+  call.code().emitStruct(family.type, name, option.constant, &config,
+                         {option.member, target});
+  return name;
+}
+
+template <typename Config>
+Name writeCustomConfig(CallText& call, const ConfigFamily& family,
+                       const Config& config, std::string_view base) {
+  ConfigOption option = family.options.front();
+  if (config.customConfig == nullptr)
+    return writeRecord(call, family, config, option, base,
+                       [](NameOf<Family::kConfig>) { return Name{}; });
+  if (!mayWriteCustomConfig(call, family.id)) return {};
+  option.word = family.customWord;
+  option.member.lead = family.customLead;
+  option.member.kind = format::FieldKind::kAddress;
+  return writeRecord(call, family, config, option, base,
+                     [&](NameOf<Family::kConfig> name) {
+                       return writeCustom(call, config, name);
+                     });
+}
+
+// The record's variable; empty when it is skipped or refused.
+template <typename Config>
+Name writeConfig(CallText& call, const ConfigFamily& family,
+                 const Config& config, std::string_view base) {
+  const std::uint32_t number = enumValue(config.option);
+  if (number == format::kCustomOption)
+    return writeCustomConfig(call, family, config, base);
+  const ConfigOption* option = format::findOption(family.options, number);
+  if (option == nullptr) {
+    failUnknownOption(call, family, number);
+    return {};
+  }
+  return writeRecord(call, family, config, *option, base,
+                     [&](NameOf<Family::kConfig> name) {
+                       return writeTarget(call, config, name);
+                     });
+}
+
+template <typename Config>
+Name writeList(CallText& call, const ConfigFamily& family, const Config** list,
+               std::string_view recordBase, std::string_view arrayBase) {
+  const bool isNull = list == nullptr;
+  const bool isEmpty = isNull || *list == nullptr;
+  if ((isNull && family.empty == EmptyConfigs::kNullForNull) ||
+      (isEmpty && family.empty == EmptyConfigs::kNullForEmpty))
+    return {};
+  std::vector<Name> records;
+  for (; !isNull && *list != nullptr && !call.hasFailed(); ++list) {
+    const Name record = writeConfig(call, family, **list, recordBase);
+    if (record.isEmpty()) continue;
+    records.push_back(record);
+    if (family.blankLines) call.code().emitBlankLine();
+  }
+  if (call.hasFailed()) return {};
+  records.emplace_back();
+  const Name array =
+      call.unique(call.code().joined({arrayBase, "_config"}).text);
+  call.code().emitAddressArray(family.pointerType, array, records);
+  return array;
+}
 
 }  // namespace
 
-const ConfigFamily<KivBackend_Config_t>& backendConfigs() {
-  static constexpr ConfigFamily<Backend> family = {
-      .id = ConfigFamilyId::kBackend,
-      .typeName = "KivBackend_Config_t",
-      .unknownOption = {Status::kBackendInvalidArgument, kUnknownOption},
-      .optionAsInt = false,
-      .customConstant = "KIV_BACKEND_CONFIG_OPTION_CUSTOM",
-      .nullCustomText = ".customConfig=NULL",
-      .options = kBackendOptions,
-      .customWord = nullptr,
-      .writeCustom = nullptr};
-  return family;
+Name writeConfigs(CallText& call, const KivBackend_Config_t** list,
+                  std::string_view recordBase, std::string_view arrayBase) {
+  return writeList(call, format::configs::kBackend, list, recordBase,
+                   arrayBase);
 }
 
-const ConfigFamily<KivContext_Config_t>& contextConfigs() {
-  static constexpr ConfigFamily<Context> family = {
-      .id = ConfigFamilyId::kContext,
-      .typeName = "KivContext_Config_t",
-      .unknownOption = {Status::kContextInvalidArgument, kUnknownOption},
-      .optionAsInt = false,
-      .customConstant = "KIV_CONTEXT_CONFIG_OPTION_CUSTOM",
-      .nullCustomText = ".customConfig=NULL",
-      .options = kContextOptions,
-      .customWord = "gpuConfig",
-      .writeCustom = writeGpuContext};
-  return family;
+Name writeConfigs(CallText& call, const KivContext_Config_t** list,
+                  std::string_view recordBase, std::string_view arrayBase) {
+  return writeList(call, format::configs::kContext, list, recordBase,
+                   arrayBase);
 }
 
-const ConfigFamily<KivDevice_Config_t>& deviceConfigs() {
-  static constexpr ConfigFamily<Device> family = {
-      .id = ConfigFamilyId::kDevice,
-      .typeName = "KivDevice_Config_t",
-      .unknownOption = {Status::kInvalidArgument, kUnknownDeviceOption},
-      .optionAsInt = true,
-      .customConstant = "KIV_DEVICE_CONFIG_OPTION_CUSTOM",
-      .nullCustomText = ".customConfig = NULL",
-      .options = kDeviceOptions,
-      .customWord = nullptr,
-      .writeCustom = nullptr};
-  return family;
+Name writeConfigs(CallText& call, const KivDevice_Config_t** list,
+                  std::string_view recordBase, std::string_view arrayBase) {
+  return writeList(call, format::configs::kDevice, list, recordBase, arrayBase);
 }
 
-const ConfigFamily<KivGraph_Config_t>& graphConfigs() {
-  static constexpr ConfigFamily<Graph> family = {
-      .id = ConfigFamilyId::kGraph,
-      .typeName = "KivGraph_Config_t",
-      .unknownOption = {Status::kGraphInvalidArgument, kUnknownOption},
-      .optionAsInt = false,
-      .customConstant = "KIV_GRAPH_CONFIG_OPTION_CUSTOM",
-      .nullCustomText = ".customConfig=NULL",
-      .options = kGraphOptions,
-      .customWord = "gpuConfig",
-      .writeCustom = writeGpuGraph};
-  return family;
+Name writeConfigs(CallText& call, const KivGraph_Config_t** list,
+                  std::string_view recordBase, std::string_view arrayBase) {
+  return writeList(call, format::configs::kGraph, list, recordBase, arrayBase);
 }
 
-const ConfigFamily<KivProfile_Config_t>& profileConfigs() {
-  static constexpr ConfigFamily<Profile> family = {
-      .id = ConfigFamilyId::kProfile,
-      .typeName = "KivProfile_Config_t",
-      .unknownOption = {Status::kInvalidArgument, kUnknownOption},
-      .optionAsInt = false,
-      .customConstant = "KIV_PROFILE_CONFIG_OPTION_CUSTOM",
-      .nullCustomText = ".customConfig=NULL",
-      .options = kProfileOptions,
-      .customWord = nullptr,
-      .writeCustom = nullptr};
-  return family;
+Name writeConfigs(CallText& call, const KivProfile_Config_t** list,
+                  std::string_view recordBase, std::string_view arrayBase) {
+  return writeList(call, format::configs::kProfile, list, recordBase,
+                   arrayBase);
 }
 
 }  // namespace kiv::writers

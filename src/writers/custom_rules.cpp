@@ -29,7 +29,7 @@ constexpr const char* kUnknownId = "Unknown backend ID provided: %ld";
 constexpr const char* kUnsupportedId =
     "Unknown or unsupported backend ID provided: %ld";
 
-// A null message stands for "written".
+// No message: the config is written.
 constexpr const char* kWritten = nullptr;
 
 struct Row {
@@ -38,7 +38,8 @@ struct Row {
   const char* messages[4];
 };
 
-// By ConfigFamilyId. Without a backend id every family skips the record.
+// A row for each ConfigFamilyId. Without a backend id every family skips the
+// record.
 constexpr Row kRows[] = {
     {Status::kBackendInvalidArgument, {kSaver, kCpu, kGpu, kUnknownId}},
     {Status::kContextInvalidArgument, {kContext, kContext, kWritten, kContext}},
@@ -67,20 +68,21 @@ bool namesBackendId(const char* message) {
 
 }  // namespace
 
-CustomDecision decideCustomConfig(WriteScope& scope, ConfigFamilyId family) {
-  const std::uint32_t backendId = scope.backendId;
+bool mayWriteCustomConfig(CallText& call, format::ConfigFamilyId family) {
+  const std::uint32_t backendId = call.backendId();
   if (backendId == KIV_BACKEND_ID_UNSET) {
-    scope.messages.warn(kNoBackendId);
-    return {CustomVerdict::kSkip, Status::kOk};
+    call.warn(kNoBackendId);
+    return false;
   }
   const Row& row = kRows[static_cast<std::size_t>(family)];
   const char* message = row.messages[columnOf(backendId)];
-  if (message == kWritten) return {CustomVerdict::kWrite, Status::kOk};
-  const Status status =
-      namesBackendId(message)
-          ? scope.fail({row.status, message}, static_cast<long>(backendId))
-          : scope.fail({row.status, message});
-  return {CustomVerdict::kRefuse, status};
+  if (message == kWritten) return true;
+  if (namesBackendId(message)) {
+    call.fail({row.status, message}, static_cast<long>(backendId));
+  } else {
+    call.fail({row.status, message});
+  }
+  return false;
 }
 
 }  // namespace kiv::writers

@@ -1,33 +1,14 @@
 #pragma once
 
-#include <cstdint>
-
-#include "writers/write_scope.h"
+#include "format/configs.h"
+#include "writers/call_text.h"
 
 namespace kiv::writers {
 
-enum class ConfigFamilyId : std::uint8_t {
-  kBackend,
-  kContext,
-  kDevice,
-  kGraph,
-  kProfile
-};
-
-// What becomes of a custom config: a record whose form only its backend knows.
-enum class CustomVerdict : std::uint8_t {
-  kWrite,   // the backend that the recording is for is one whose form is known
-  kSkip,    // no backend was told; a warning says so
-  kRefuse,  // `status` tells the code
-};
-
-struct CustomDecision {
-  CustomVerdict verdict;
-  Status status;
-};
-
-// Decides by family and by the backend that the recording is for, and logs what
-// there is to say.
-CustomDecision decideCustomConfig(WriteScope& scope, ConfigFamilyId family);
+// Whether a custom config, a record whose form only its backend knows, can be
+// written: by its family and by the backend that the recording is for. Without
+// a backend it is skipped with a warning; one that cannot be written is a
+// failure with the family's status.
+bool mayWriteCustomConfig(CallText& call, format::ConfigFamilyId family);
 
 }  // namespace kiv::writers

@@ -1,10 +1,14 @@
 #include "writers/platform_info_writer.h"
 
+#include <vector>
+
+#include "format/records.h"
+
 namespace kiv::writers {
 namespace {
 
-using output::decimal;
-using output::Texts;
+namespace rows = format::rows;
+using format::Part;
 
 constexpr Failure kCoreVersion = {Status::kNotSupported,
                                   "Unsupported coreInfo version: %d"};
@@ -13,97 +17,85 @@ constexpr Failure kDeviceVersion = {Status::kNotSupported,
 constexpr Failure kPlatformVersion = {Status::kNotSupported,
                                       "Unsupported platformInfo version: %d"};
 
+// The member of a record's version; null, with the failure, for an unknown one.
 template <typename Record>
-Status checkVersion(WriteScope& scope, const Record& record,
-                    const Failure& failure) {
+const format::Member* versionOf(CallText& call, const Record& record,
+                                std::span<const format::Member> versions,
+                                const Failure& failure) {
   const std::uint32_t version = enumValue(record.version);
-  if (version == 1) return Status::kOk;
-  return scope.fail(failure, static_cast<int>(version));
+  const format::Member* member = format::findMember(versions, version);
+  if (member == nullptr) call.fail(failure, static_cast<int>(version));
+  return member;
 }
 
-// The two records of a level: name + "_v1" with the members, and `name`.
-template <typename Record>
-void writeLevel(WriteScope& scope, const std::string& type,
-                const Record& record, const std::string& name,
-                const Texts& members) {
-  scope.code.emitStruct(type + "V1_t", name + "_v1", members);
-  const std::string versionType = type + "Version_t";
-  scope.code.emitStruct(
-      type + "_t", name,
-      {cast(versionType.c_str(), record.version), ".v1 = " + name + "_v1"});
-}
-
-// The records of the level below as an array called `array`; gives the text of
-// the field that points to it. C has no empty arrays, so one without elements
-// is NULL.
-template <typename Record, typename WriteOne>
-Status writeChildren(WriteScope& scope, const char* type, const Record* records,
-                     std::uint32_t count, const std::string& childBase,
-                     const std::string& array, WriteOne&& writeOne,
-                     std::string& field) {
-  field = "NULL";
-  if (records == nullptr || count == 0) return Status::kOk;
-  Texts names;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    std::string name =
-        scope.names.unique(childBase, session::Family::kDeviceOrCore);
-    if (const Status s = writeOne(scope, records[i], name); !ok(s)) return s;
-    names.push_back(std::move(name));
+// The records of the level below, each through `writeOne` under a name that
+// begins with the owner's and `word`, and their array, which is the owner's
+// part. C has no empty arrays, so one without elements is NULL.
+template <Part kArray, Family kOwner, typename Record, typename WriteOne>
+Name writeChildren(CallText& call, std::string_view type, NameOf<kOwner> owner,
+                   std::string_view word, const Record* records,
+                   std::uint32_t count, WriteOne&& writeOne) {
+  if (records == nullptr || count == 0) return {};
+  output::CodeStream& code = call.code();
+  const std::string_view base = code.joined({owner.text, word}).text;
+  std::vector<Name> names;
+  for (std::uint32_t i = 0; i < count && !call.hasFailed(); ++i) {
+    const auto name = call.unique<Family::kDeviceOrCore>(base);
+    writeOne(call, records[i], name);
+    names.push_back(name);
   }
-  scope.code.emitArray(type, array, names);
-  field = array;
-  return Status::kOk;
+  if (call.hasFailed()) return {};
+  const Name array = code.name<kArray>(owner);
+  code.emitNameArray(type, array, names);
+  return array;
 }
 
-Status writeCore(WriteScope& scope, const KivDevice_CoreInfo_t& core,
-                 const std::string& name) {
-  if (const Status s = checkVersion(scope, core, kCoreVersion); !ok(s))
-    return s;
+void writeCore(CallText& call, const KivDevice_CoreInfo_t& core,
+               NameOf<Family::kDeviceOrCore> name) {
+  const format::Member* version =
+      versionOf(call, core, rows::kCoreInfoVersions, kCoreVersion);
+  if (version == nullptr) return;
   if (core.v1.coreInfoExtension != nullptr)
-    scope.messages.warn(
-        "Parsing of backend-specific coreInfo extensions not supported");
-  writeLevel(scope, "KivDevice_CoreInfo", core, name,
-             {decimal(core.v1.coreId), decimal(core.v1.coreType), "NULL"});
-  return Status::kOk;
+    call.warn("Parsing of backend-specific coreInfo extensions not supported");
+  const Name record = call.code().name<Part::kDeviceOrCoreV1>(name);
+  call.code().emitStruct<rows::kCoreInfoV1>(record, &core.v1);
+  call.code().emitStruct<rows::kCoreInfo>(name, &core, {{*version, record}});
 }
 
-Status writeDevice(WriteScope& scope,
-                   const KivDevice_HardwareDeviceInfo_t& device,
-                   const std::string& name) {
-  if (const Status s = checkVersion(scope, device, kDeviceVersion); !ok(s))
-    return s;
-  std::string cores;
-  if (const Status s = writeChildren(
-          scope, "KivDevice_CoreInfo_t", device.v1.cores, device.v1.numCores,
-          name + "_core", name + "_cores", writeCore, cores);
-      !ok(s))
-    return s;
+void writeDevice(CallText& call, const KivDevice_HardwareDeviceInfo_t& device,
+                 NameOf<Family::kDeviceOrCore> name) {
+  const format::Member* version = versionOf(
+      call, device, rows::kHardwareDeviceInfoVersions, kDeviceVersion);
+  if (version == nullptr) return;
+  const Name cores = writeChildren<Part::kCores>(call, rows::kCoreInfo.type,
+                                                 name, "_core", device.v1.cores,
+                                                 device.v1.numCores, writeCore);
+  if (call.hasFailed()) return;
   if (device.v1.deviceInfoExtension != nullptr)
-    scope.messages.warn(
+    call.warn(
         "Parsing of backend-specific deviceInfo extensions not supported");
-  writeLevel(scope, "KivDevice_HardwareDeviceInfo", device, name,
-             {decimal(device.v1.deviceId), decimal(device.v1.deviceType),
-              decimal(device.v1.numCores), cores, "NULL"});
-  return Status::kOk;
+  const Name record = call.code().name<Part::kDeviceOrCoreV1>(name);
+  call.code().emitStruct<rows::kHardwareDeviceInfoV1>(record, &device.v1,
+                                                      {cores});
+  call.code().emitStruct<rows::kHardwareDeviceInfo>(name, &device,
+                                                    {{*version, record}});
 }
 
 }  // namespace
 
-Status writePlatformInfo(WriteScope& scope,
-                         const KivDevice_PlatformInfo_t& info,
-                         const std::string& name) {
-  if (const Status s = checkVersion(scope, info, kPlatformVersion); !ok(s))
-    return s;
-  std::string devices;
-  if (const Status s = writeChildren(scope, "KivDevice_HardwareDeviceInfo_t",
-                                     info.v1.hwDevices, info.v1.numHwDevices,
-                                     name + "_hwDevice", name + "_hwDevices",
-                                     writeDevice, devices);
-      !ok(s))
-    return s;
-  writeLevel(scope, "KivDevice_PlatformInfo", info, name,
-             {decimal(info.v1.numHwDevices), devices});
-  return Status::kOk;
+void writePlatformInfo(CallText& call, const KivDevice_PlatformInfo_t& info,
+                       NameOf<Family::kPlatformInfo> name) {
+  const format::Member* version =
+      versionOf(call, info, rows::kPlatformInfoVersions, kPlatformVersion);
+  if (version == nullptr) return;
+  const Name devices = writeChildren<Part::kHwDevices>(
+      call, rows::kHardwareDeviceInfo.type, name, "_hwDevice",
+      info.v1.hwDevices, info.v1.numHwDevices, writeDevice);
+  if (call.hasFailed()) return;
+  const Name record = call.code().name<Part::kPlatformInfoV1>(name);
+  call.code().emitStruct<rows::kPlatformInfoV1>(record, &info.v1, {devices});
+  call.code().emitStruct<rows::kPlatformInfo>(name, &info,
+                                              {{*version, record}});
 }
 
 }  // namespace kiv::writers

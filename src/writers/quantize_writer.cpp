@@ -1,11 +1,12 @@
 #include "writers/quantize_writer.h"
 
+#include "format/records.h"
+
 namespace kiv::writers {
 namespace {
 
-using output::decimal;
-using output::floatText;
-using output::Texts;
+namespace rows = format::rows;
+using format::Part;
 
 constexpr Failure kUnknownEncoding = {
     Status::kNotSupported, "Unsupported quantization encoding: %d.\n"};
@@ -13,110 +14,75 @@ constexpr Failure kMissingArray = {
     Status::kNotSupported,
     "Quantization parameters count %ld elements but their array is NULL"};
 
-std::string braced(const Texts& texts) {
-  std::string result = "{";
-  result += output::joined(texts);
-  result += '}';
-  return result;
+const format::Member* memberOf(const Kiv_QuantizeParams_t& params) {
+  return format::findMember(rows::kEncodings,
+                            enumValue(params.quantizationEncoding));
 }
 
-std::string pairText(float scale, std::int32_t offset) {
-  return braced({floatText(scale), decimal(offset)});
-}
-
-Status writeAxisScaleOffset(WriteScope& scope,
-                            const Kiv_AxisScaleOffset_t& encoding,
-                            const std::string& name, std::string& member) {
+Name writeAxisScaleOffset(CallText& call, const Kiv_AxisScaleOffset_t& encoding,
+                          NameOf<Family::kQuantizeParams> owner) {
   const std::uint32_t count = encoding.numScaleOffsets;
-  if (count != 0 && encoding.scaleOffset == nullptr)
-    return scope.fail(kMissingArray, static_cast<long>(count));
-  Texts pairs;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const Kiv_ScaleOffset_t& pair = encoding.scaleOffset[i];
-    pairs.push_back(pairText(pair.scale, pair.offset));
+  if (count != 0 && encoding.scaleOffset == nullptr) {
+    call.fail(kMissingArray, static_cast<long>(count));
+    return {};
   }
-  const std::string array = name + "_scaleOffsets";
-  const std::string record = name + "_axisScaleOffset";
-  scope.code.emitArray("Kiv_ScaleOffset_t", array, pairs);
-  scope.code.emitStruct("Kiv_AxisScaleOffset_t", record,
-                        {decimal(encoding.axis), decimal(count), array});
-  member = ".axisScaleOffsetEncoding = " + record;
-  return Status::kOk;
+  output::CodeStream& code = call.code();
+  const Name array = code.name<Part::kScaleOffsets>(owner);
+  const Name record = code.name<Part::kAxisScaleOffset>(owner);
+  code.emitRecordArray(rows::kScaleOffset, array, encoding.scaleOffset, count);
+  code.emitStruct<rows::kAxisScaleOffset>(record, &encoding, {array});
+  return record;
 }
 
-Status writeBwAxisScaleOffset(WriteScope& scope,
-                              const Kiv_BwAxisScaleOffset_t& encoding,
-                              const std::string& name, std::string& member) {
+Name writeBwAxisScaleOffset(CallText& call,
+                            const Kiv_BwAxisScaleOffset_t& encoding,
+                            NameOf<Family::kQuantizeParams> owner) {
   const std::uint32_t count = encoding.numElements;
-  if (count != 0 && (encoding.scales == nullptr || encoding.offsets == nullptr))
-    return scope.fail(kMissingArray, static_cast<long>(count));
-  const std::string scales = name + "_scales";
-  const std::string offsets = name + "_offsets";
-  const std::string record = name + "_bwAxisScaleOffset";
-  scope.code.emitNumberArray("float", scales, encoding.scales, count);
-  scope.code.emitNumberArray("int32_t", offsets, encoding.offsets, count);
-  scope.code.emitStruct("Kiv_BwAxisScaleOffset_t", record,
-                        {decimal(encoding.bitwidth), decimal(encoding.axis),
-                         decimal(count), scales, offsets});
-  member = ".bwAxisScaleOffsetEncoding = " + record;
-  return Status::kOk;
+  if (count != 0 &&
+      (encoding.scales == nullptr || encoding.offsets == nullptr)) {
+    call.fail(kMissingArray, static_cast<long>(count));
+    return {};
+  }
+  output::CodeStream& code = call.code();
+  const Name scales = code.name<Part::kScales>(owner);
+  const Name offsets = code.name<Part::kOffsets>(owner);
+  const Name record = code.name<Part::kBwAxisScaleOffset>(owner);
+  code.emitNumberArray("float", scales, encoding.scales, count);
+  code.emitNumberArray("int32_t", offsets, encoding.offsets, count);
+  code.emitStruct<rows::kBwAxisScaleOffset>(record, &encoding,
+                                            {scales, offsets});
+  return record;
 }
 
-std::string bwScaleOffsetText(const Kiv_BwScaleOffset_t& encoding) {
-  return braced({decimal(encoding.bitwidth), floatText(encoding.scale),
-                 decimal(encoding.offset)});
-}
-
-// Writes what the chosen member of the record's union needs, and gives the
-// member's initialiser.
-Status writeEncoding(WriteScope& scope, const Kiv_QuantizeParams_t& params,
-                     const std::string& name, std::string& member) {
+// The record of the encodings that need one of their own.
+Name writeEncoding(CallText& call, const Kiv_QuantizeParams_t& params,
+                   NameOf<Family::kQuantizeParams> owner) {
   switch (enumValue(params.quantizationEncoding)) {
-    case KIV_QUANTIZATION_ENCODING_SCALE_OFFSET:
-      member = ".scaleOffsetEncoding = " +
-               pairText(params.scaleOffsetEncoding.scale,
-                        params.scaleOffsetEncoding.offset);
-      return Status::kOk;
     case KIV_QUANTIZATION_ENCODING_AXIS_SCALE_OFFSET:
-      return writeAxisScaleOffset(scope, params.axisScaleOffsetEncoding, name,
-                                  member);
-    case KIV_QUANTIZATION_ENCODING_BW_SCALE_OFFSET:
-      member = ".bwScaleOffsetEncoding = " +
-               bwScaleOffsetText(params.bwScaleOffsetEncoding);
-      return Status::kOk;
+      return writeAxisScaleOffset(call, params.axisScaleOffsetEncoding, owner);
     case KIV_QUANTIZATION_ENCODING_BW_AXIS_SCALE_OFFSET:
-      return writeBwAxisScaleOffset(scope, params.bwAxisScaleOffsetEncoding,
-                                    name, member);
-    case KIV_QUANTIZATION_ENCODING_UNDEFINED:
-      member = ".scaleOffsetEncoding = {0.0, 0}";
-      return Status::kOk;
+      return writeBwAxisScaleOffset(call, params.bwAxisScaleOffsetEncoding,
+                                    owner);
     default:
-      return checkEncoding(scope, params);
+      return {};
   }
 }
 
 }  // namespace
 
-Status checkEncoding(WriteScope& scope, const Kiv_QuantizeParams_t& params) {
-  const std::uint32_t encoding = enumValue(params.quantizationEncoding);
-  if (encoding == KIV_QUANTIZATION_ENCODING_UNDEFINED ||
-      encoding <= KIV_QUANTIZATION_ENCODING_BW_AXIS_SCALE_OFFSET)
-    return Status::kOk;
-  return scope.fail(kUnknownEncoding, static_cast<int>(encoding));
+void checkEncoding(CallText& call, const Kiv_QuantizeParams_t& params) {
+  if (memberOf(params) == nullptr)
+    call.fail(kUnknownEncoding,
+              static_cast<int>(enumValue(params.quantizationEncoding)));
 }
 
-Status writeQuantizeParams(WriteScope& scope,
-                           const Kiv_QuantizeParams_t& params,
-                           const std::string& name) {
-  std::string member;
-  const Status status = writeEncoding(scope, params, name, member);
-  if (!ok(status)) return status;
-  scope.code.emitStruct(
-      "Kiv_QuantizeParams_t", name,
-      {cast("Kiv_Definition_t", params.encodingDefinition),
-       cast("Kiv_QuantizationEncoding_t", params.quantizationEncoding),
-       member});
-  return Status::kOk;
+void writeQuantizeParams(CallText& call, const Kiv_QuantizeParams_t& params,
+                         NameOf<Family::kQuantizeParams> name) {
+  const format::Member* member = memberOf(params);
+  if (member == nullptr) return checkEncoding(call, params);
+  const Name encoding = writeEncoding(call, params, name);
+  call.code().emitStruct<rows::kQuantizeParams>(name, &params,
+                                                {{*member, encoding}});
 }
 
 }  // namespace kiv::writers

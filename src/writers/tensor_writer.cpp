@@ -1,176 +1,132 @@
 #include "writers/tensor_writer.h"
 
-#include "writers/data_types.h"
+#include "format/records.h"
 #include "writers/quantize_writer.h"
 
 namespace kiv::writers {
 namespace {
 
-using output::decimal;
-using output::Texts;
+namespace rows = format::rows;
+using format::Part;
 
 constexpr Failure kMemHandle = {
     Status::kGraphInvalidTensor,
     "Failed to parse Kiv_Tensor_t, MemHandle is not supported."};
 constexpr Failure kDataType = {Status::kTensorDataType,
                                "Invalid Kiv_DataType_t provided: %ld"};
-// An unknown version is told twice, by the choice of the union's member and by
-// the choice of the record.
-constexpr Failure kVersionMember = {Status::kNotSupported,
-                                    "Unsupported tensor version %d.\n"};
+// An unknown version is reported twice, by the choice of the union's member and
+// by the choice of the record.
+constexpr const char* kVersionMember = "Unsupported tensor version %d.\n";
 constexpr Failure kVersion = {Status::kNotSupported,
                               "Unsupported tensor version: %d.\n"};
 
-constexpr const char* kFourBitComment =
-    "// Reading 4-bit fixed point tensor data into a byte array since there is "
-    "not a native 4-bit datatype.";
-
-bool isKnownVersion(const Kiv_Tensor_t& tensor) {
-  const std::uint32_t version = enumValue(tensor.version);
-  return version == KIV_TENSOR_VERSION_1 || version == KIV_TENSOR_VERSION_2;
+void checkMemory(CallText& call, const Kiv_TensorV1_t& tensor) {
+  if (enumValue(tensor.memType) != KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER)
+    call.fail(kMemHandle);
 }
 
-Status checkMemory(WriteScope& scope, const Kiv_TensorV1_t& tensor) {
-  if (enumValue(tensor.memType) == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER)
-    return Status::kOk;
-  return scope.fail(kMemHandle);
+void checkDataType(CallText& call, const Kiv_TensorV1_t& tensor) {
+  if (tensor.clientBuf.data != nullptr)
+    (void)dataTypeToCType(call, enumValue(tensor.dataType));
 }
 
-Status checkDataType(WriteScope& scope, const Kiv_TensorV1_t& tensor) {
-  const auto dataType = enumValue(tensor.dataType);
-  if (tensor.clientBuf.data == nullptr || elementTypeOf(dataType))
-    return Status::kOk;
-  return scope.fail(kDataType, static_cast<long>(dataType));
-}
-
-// What else is wrong with the record is told first, as for a known version,
+// What else is wrong with the record is reported first, as for a known version,
 // but none of its pointers is followed.
-Status refuseVersion(WriteScope& scope, const Kiv_Tensor_t& tensor) {
-  const Kiv_TensorV1_t& v1 = tensor.v1;
-  if (const Status s = checkEncoding(scope, v1.quantizeParams); !ok(s))
-    return s;
-  if (const Status s = checkMemory(scope, v1); !ok(s)) return s;
-  if (const Status s = checkDataType(scope, v1); !ok(s)) return s;
-  const auto version = static_cast<int>(enumValue(tensor.version));
-  (void)scope.fail(kVersionMember, version);
-  return scope.fail(kVersion, version);
+void refuseVersion(CallText& call, const Kiv_Tensor_t& tensor) {
+  checkEncoding(call, tensor.v1.quantizeParams);
+  checkMemory(call, tensor.v1);
+  checkDataType(call, tensor.v1);
+  const std::uint32_t version = enumValue(tensor.version);
+  (void)tensorVersionMember(call, version);
+  call.fail(kVersion, static_cast<int>(version));
 }
 
-// The three field writers give the field's text, having written what it names.
-template <typename Number>
-std::string writeNumbers(WriteScope& scope, const char* type,
-                         const std::string& name, const Number* numbers,
-                         std::uint32_t count) {
-  if (numbers == nullptr) return "NULL";
-  scope.code.emitNumberArray(type, name, numbers, count);
-  return name;
+// The name of the array, or none for a null pointer.
+template <Part kPart, typename Number>
+Name writeNumbers(CallText& call, std::string_view type,
+                  NameOf<Family::kTensor> owner, const Number* numbers,
+                  std::uint32_t count) {
+  if (numbers == nullptr) return {};
+  const Name array = call.code().name<kPart>(owner);
+  call.code().emitNumberArray(type, array, numbers, count);
+  return array;
 }
 
-std::string writeClientBuffer(WriteScope& scope, const Kiv_TensorV1_t& tensor,
-                              const std::string& name) {
+// A record without data has no size either.
+Name writeClientBuffer(CallText& call, const Kiv_TensorV1_t& tensor,
+                       NameOf<Family::kTensor> owner) {
+  output::CodeStream& code = call.code();
+  const Name record = code.name<Part::kClientBuf>(owner);
   const Kiv_ClientBuffer_t& buffer = tensor.clientBuf;
-  std::string record = name + "_clientBuf";
   if (buffer.data == nullptr) {
-    scope.code.emitStruct("Kiv_ClientBuffer_t", record, {"NULL", "0"});
+    const Kiv_ClientBuffer_t none = {nullptr, 0};
+    code.emitStruct<rows::kClientBuffer>(record, &none, {Name{}});
     return record;
   }
-  const auto dataType = enumValue(tensor.dataType);
-  const ElementType element = *elementTypeOf(dataType);
-  const std::string data = name + "_data";
-  if (isFourBit(dataType)) scope.code.emitLine(kFourBitComment);
-  scope.code.emitStaticRead(
-      element.cType, data,
-      {buffer.data, element.size, buffer.dataSize / element.size}, "fp");
-  scope.code.emitStruct("Kiv_ClientBuffer_t", record,
-                        {"(void*)" + data, decimal(buffer.dataSize)});
+  const std::uint32_t dataType = enumValue(tensor.dataType);
+  const auto element = dataTypeToCType(call, dataType);
+  if (!element) return {};
+  const Name data = code.name<Part::kData>(owner);
+  if (format::isFourBit(dataType)) code.emitLine(format::kFourBitComment);
+  code.emitStaticRead(
+      element->cType, data,
+      {buffer.data, element->size, buffer.dataSize / element->size},
+      format::kDataFileVariable);
+  code.emitStruct<rows::kClientBuffer>(record, &buffer, {data});
   return record;
-}
-
-std::string idText(WriteScope& scope, const Kiv_Tensor_t& tensor,
-                   const char* member, const session::TensorRegistry* created) {
-  const std::uint32_t id = tensor.v1.id;
-  const auto variable = created == nullptr ? nullptr : created->find(id);
-  if (variable == nullptr) return decimal(id);
-  return scope.use(*variable) + '.' + member + ".id";
-}
-
-std::string sparseText(const Kiv_SparseParams_t& sparse) {
-  return '{' + cast("Kiv_SparseLayoutType_t", sparse.type) + ",{" +
-         decimal(sparse.counts.numElements) + ',' +
-         decimal(sparse.counts.numDimensions) + "}}";
-}
-
-void appendVersion2Fields(WriteScope& scope, const Kiv_TensorV2_t& tensor,
-                          const std::string& name, Texts& fields) {
-  fields.push_back(writeNumbers(scope, "uint8_t", name + "_isDynamicDimensions",
-                                tensor.isDynamicDimensions, tensor.rank));
-  fields.push_back(sparseText(tensor.sparseParams));
-  fields.push_back(decimal(tensor.isProduced));
-}
-
-// The fields that both versions have, in the order of the record.
-Status writeCommonFields(WriteScope& scope, const Kiv_Tensor_t& tensor,
-                         const char* member, const std::string& name,
-                         const session::TensorRegistry* created,
-                         Texts& fields) {
-  const Kiv_TensorV1_t& v1 = tensor.v1;
-  const std::string dimensions =
-      writeNumbers(scope, "uint32_t", name + "_dims", v1.dimensions, v1.rank);
-  const std::string quantization = name + "_quantizeParams";
-  if (const Status s =
-          writeQuantizeParams(scope, v1.quantizeParams, quantization);
-      !ok(s))
-    return s;
-  if (const Status s = checkMemory(scope, v1); !ok(s)) return s;
-  if (const Status s = checkDataType(scope, v1); !ok(s)) return s;
-  const std::string buffer = writeClientBuffer(scope, v1, name);
-  fields = {idText(scope, tensor, member, created),
-            scope.literal(v1.name),
-            cast("Kiv_TensorType_t", v1.type),
-            decimal(v1.dataFormat),
-            cast("Kiv_DataType_t", v1.dataType),
-            quantization,
-            decimal(v1.rank),
-            dimensions,
-            cast("Kiv_TensorMemType_t", v1.memType),
-            buffer};
-  return Status::kOk;
 }
 
 }  // namespace
 
-Status writeTensor(WriteScope& scope, const Kiv_Tensor_t& tensor,
-                   const std::string& name,
-                   const session::TensorRegistry* created) {
-  if (!isKnownVersion(tensor)) return refuseVersion(scope, tensor);
-  const bool isVersion2 = enumValue(tensor.version) == KIV_TENSOR_VERSION_2;
-  const char* member = isVersion2 ? "v2" : "v1";
-  const std::string record = name + '_' + member;
-  Texts fields;
-  if (const Status s =
-          writeCommonFields(scope, tensor, member, name, created, fields);
-      !ok(s))
-    return s;
-  if (isVersion2) appendVersion2Fields(scope, tensor.v2, name, fields);
-  scope.code.emitStruct(isVersion2 ? "Kiv_TensorV2_t" : "Kiv_TensorV1_t",
-                        record, fields);
-  scope.code.emitStruct("Kiv_Tensor_t", name,
-                        {cast("Kiv_TensorVersion_t", tensor.version),
-                         '.' + std::string(member) + " = " + record});
-  return Status::kOk;
+std::string_view tensorVersionMember(CallText& call, std::uint32_t version) {
+  if (version == KIV_TENSOR_VERSION_1) return "v1";
+  if (version == KIV_TENSOR_VERSION_2) return "v2";
+  call.error(kVersionMember, static_cast<int>(version));
+  return {};
 }
 
-Status writeTensors(WriteScope& scope, std::span<const Kiv_Tensor_t> tensors,
-                    const std::string& prefix,
-                    const session::TensorRegistry* created,
-                    output::Texts& names) {
-  for (std::size_t i = 0; i < tensors.size(); ++i) {
-    std::string name = prefix + decimal(i);
-    if (const Status s = writeTensor(scope, tensors[i], name, created); !ok(s))
-      return s;
-    names.push_back(std::move(name));
+std::optional<format::ElementType> dataTypeToCType(CallText& call,
+                                                   std::uint32_t dataType) {
+  const auto element = format::elementTypeOf(dataType);
+  if (!element) call.fail(kDataType, static_cast<long>(dataType));
+  return element;
+}
+
+void writeTensor(CallText& call, const Kiv_Tensor_t& tensor,
+                 NameOf<Family::kTensor> name,
+                 const session::TensorRegistry* created) {
+  const format::Member* version =
+      format::findMember(rows::kTensorVersions, enumValue(tensor.version));
+  if (version == nullptr) return refuseVersion(call, tensor);
+  const bool isVersion2 = version->tag == KIV_TENSOR_VERSION_2;
+  output::CodeStream& code = call.code();
+  const Kiv_TensorV1_t& v1 = tensor.v1;
+
+  const Name dims =
+      writeNumbers<Part::kDims>(call, "uint32_t", name, v1.dimensions, v1.rank);
+  const auto quantize = code.name<Part::kQuantizeParams>(name);
+  writeQuantizeParams(call, v1.quantizeParams, quantize);
+  checkMemory(call, v1);
+  if (call.hasFailed()) return;
+  const Name buffer = writeClientBuffer(call, v1, name);
+  if (call.hasFailed()) return;
+  const std::string_view member = tensorVersionMember(call, version->tag);
+  const Name id =
+      created == nullptr ? Name{} : call.tensorId(*created, v1.id, member);
+
+  Name record;
+  if (isVersion2) {
+    const Kiv_TensorV2_t& v2 = tensor.v2;
+    const Name flags = writeNumbers<Part::kIsDynamicDimensions>(
+        call, "uint8_t", name, v2.isDynamicDimensions, v2.rank);
+    record = code.name<Part::kTensorV2>(name);
+    code.emitStruct<rows::kTensorV2>(record, &v2,
+                                     {id, quantize, dims, buffer, flags});
+  } else {
+    record = code.name<Part::kTensorV1>(name);
+    code.emitStruct<rows::kTensorV1>(record, &v1, {id, quantize, dims, buffer});
   }
-  return Status::kOk;
+  code.emitStruct<rows::kTensor>(name, &tensor, {{*version, record}});
 }
 
 }  // namespace kiv::writers

@@ -1,6 +1,6 @@
 //==============================================================================
 //
-// A recording of calls of the Kiv inference API, written by the Saver.
+// A recording of calls of the Kiv inference API, written by the Saver 1.1.0.
 // Compile it as C with the API's headers and link it with a backend library;
 // run it in the directory of its data file to make the same calls again.
 //

@@ -109,6 +109,18 @@ TEST(Recorder, Calls) {
   });
 }
 
+// The context is gone either way.
+TEST(Recorder, AContextIsFreedWithAnUnknownProfile) {
+  StartedSession c;
+  LogCapture log(c.api);
+  EXPECT_EQ(c.api.contextFree(c.context, kUnknown), 0U);
+  const std::vector<std::string> messages = log.take();
+  ASSERT_EQ(messages.size(), 1U);
+  EXPECT_TRUE(messages[0].starts_with("2: ")) << messages[0];
+  EXPECT_EQ(c.newText(), recorded({validate("contextFree(context_0, NULL)")}));
+  EXPECT_EQ(c.api.contextSetConfig(c.context, nullptr), 5002U);
+}
+
 TEST(Recorder, ListsAreReportedEmptyAndOtherResultsStay) {
   StartedSession c;
   uint32_t count = 7;

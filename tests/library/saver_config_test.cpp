@@ -199,6 +199,7 @@ TEST(SaverConfig, TheLastOptionOfAKindWins) {
   const SaverLibrary saver;
   const std::string path = saver.directory().string();
   ASSERT_EQ(saver.initialize({directoryOption("unused"), backendOption(4),
+                              timeStampOption(true), timeStampOption(false),
                               filesOption("a.c", "a.bin"), headerOption(false),
                               footerOption(false), backendOption(0), kFiles,
                               directoryOption(path.c_str()), headerOption(true),
@@ -324,6 +325,36 @@ TEST(SaverConfig, FailedSwitchCanBeFollowedByOneThatSucceeds) {
   EXPECT_EQ(saver.initialize({filesOption("c.c", "d.bin")}), 0U);
   record(saver, 2);
   EXPECT_TRUE(readFile(saver.directory() / "c.c").ends_with(recordText(2)));
+}
+
+// A program that begins now would read the bytes of another one.
+TEST(SaverConfig, NoHeaderBesideOldDataIsWarnedOf) {
+  const struct {
+    const char* model;
+    const char* data;
+    std::size_t warnings;
+  } rows[] = {{"", "old", 1},
+              {nullptr, "old", 1},
+              {"", "", 0},
+              {nullptr, nullptr, 0},
+              {"int main() {\n", "old", 0}};
+  for (const bool isSwitch : {false, true}) {
+    for (const auto& row : rows) {
+      SCOPED_TRACE(std::to_string(&row - rows) + (isSwitch ? " switch" : ""));
+      const SaverLibrary saver;
+      LogCapture log(saver.api());
+      if (isSwitch) record(saver, 0);
+      fs::create_directory(saver.directory());
+      if (row.model != nullptr) writeFile(saver.directory() / "b.c", row.model);
+      if (row.data != nullptr) writeFile(saver.directory() / "b.bin", row.data);
+      EXPECT_EQ(saver.initialize({kFiles, headerOption(false)}), 0U);
+      record(saver, 1);
+      record(saver, 2);
+      const std::vector<std::string> messages = log.take();
+      ASSERT_EQ(messages.size(), row.warnings);
+      EXPECT_TRUE(messages.empty() || messages[0].starts_with("2: "));
+    }
+  }
 }
 
 TEST(SaverConfig, SeveralSessionsWriteOneProgram) {

@@ -249,6 +249,9 @@ TEST(FullDisk, ContextCallsThatFindNoRoom) {
     EXPECT_EQ(call(), code);
   }
   EXPECT_EQ(c.newData(), "bb");
+  // The names of buffers are given back.
+  const std::string text = c.newText();
+  EXPECT_NE(text.find(" binaryBuffer_0["), std::string::npos);
 }
 
 }  // namespace

@@ -175,11 +175,15 @@ TEST(LostFiles, SecondProcessIsKeptFromTheFilesOfTheFirst) {
   EXPECT_EQ(status, 0);
   EXPECT_EQ(replayedCalls(saver.directory()),
             Lines({"propertyHasCapability(1)", "propertyHasCapability(2)"}));
-  // Now they are there for the taking.
-  EXPECT_EQ(saver.api().propertyHasCapability(4), 0U);
+  // A finished recording is not thrown away by a session that came too early.
+  EXPECT_EQ(saver.api().propertyHasCapability(4), 4000U);
+  EXPECT_EQ(saver.initialize({filesOption("other.c", "other.bin")}), 0U);
+  EXPECT_EQ(saver.api().propertyHasCapability(5), 0U);
   saver.unload();
+  EXPECT_EQ(countOf(readFile(saver.directory() / "other.c"), "Capability("),
+            1U);
   EXPECT_EQ(replayedCalls(saver.directory()),
-            Lines({"propertyHasCapability(4)"}));
+            Lines({"propertyHasCapability(1)", "propertyHasCapability(2)"}));
 }
 
 }  // namespace

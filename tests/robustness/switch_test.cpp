@@ -16,7 +16,7 @@ constexpr const char* kFooterEnd = "0 : error;\n}\n";
 
 void closeDescriptorOf(const fs::path& path) {
   std::error_code ignored;
-  for (int fd = 3; fd < 1024; ++fd)
+  for (int fd = 3; fd < 4096; ++fd)
     if (fs::read_symlink("/proc/self/fd/" + std::to_string(fd), ignored) ==
         fs::canonical(path))
       close(fd);

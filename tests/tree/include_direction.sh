@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../../src"
 
-folders=(api recorders writers session output diagnostics platform)
+folders=(api recorders writers session output format diagnostics platform)
 declare -A rank
 for i in "${!folders[@]}"; do rank[${folders[$i]}]=$i; done
 

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <vector>
 
-#include "output/identifiers.h"
+#include "format/identifiers.h"
 
 namespace kiv::session::test {
 namespace {
@@ -17,8 +17,8 @@ using Strings = std::vector<std::string>;
 
 TEST(NamesTest, CountsWhatIsTakenAndFreesWhatIsReleased) {
   Names names;
-  EXPECT_EQ(names.unique("context", Family::kTensorOwner), "context_0");
-  EXPECT_EQ(names.unique("context", Family::kTensorOwner), "context_1");
+  EXPECT_EQ(names.unique("context", Family::kContext), "context_0");
+  EXPECT_EQ(names.unique("context", Family::kContext), "context_1");
   for (const char* name : {"mobilenet", "_1x1", "model_v2", "g_tensor_0"})
     EXPECT_EQ(names.claim(name, Family::kGraph), name);
   for (const char* name : {"mobilenet", "int", "error", "linux", "i", "printf"})
@@ -77,7 +77,7 @@ Strings split(const std::string& text) {
 const Strings& derivedFrom(Family family) {
   static const std::map<Family, Strings> all = {
       {Family::kPlain, {""}},
-      {Family::kTensorOwner, split(". _tensor_#@")},
+      {Family::kContext, split(". _tensor_#@")},
       {Family::kGraph, split(". _tensor_#@ _inputTensors_# _outputTensors_# "
                              "_inputTensor_#_#@ _outputTensor_#_#@")},
       {Family::kOpConfig,
@@ -145,20 +145,20 @@ Strings clashesOf(unsigned seed) {
     // An operation gets its number back.
     if (random() % 2 == 0) name.erase(name.find_last_not_of("_0123456789") + 1);
     if (name.empty() || name[0] == '_') name.insert(0, 1, 'a');
-    return output::sanitizeIdentifier(name);
+    return format::sanitizeIdentifier(name);
   };
   const auto add = [&](const std::string& name, Family family) {
-    EXPECT_FALSE(output::isReservedIdentifier(name)) << name;
+    EXPECT_FALSE(format::isReservedIdentifier(name)) << name;
     variables.emplace_back(name, family);
     return name;
   };
   const auto unique = [&](const std::string& base, Family family) {
-    return add(names.unique(base, family), family);
+    return add(std::string(names.unique(base, family)), family);
   };
   for (int i = 0; i < 40; ++i) {
     switch (random() % 6) {
       case 0: {
-        const std::string graph = names.claim(clientName(), Family::kGraph);
+        const std::string graph(names.claim(clientName(), Family::kGraph));
         if (random() % 4 == 0) {
           names.release(graph);
         } else {
@@ -171,8 +171,9 @@ Strings clashesOf(unsigned seed) {
         unique(clientName(), Family::kOpConfig);
         break;
       case 3: {
-        const std::string context = unique("context", Family::kTensorOwner);
-        add(names.claim(context + "_binary"), Family::kPlain);
+        const std::string context = unique("context", Family::kContext);
+        add(std::string(names.claim(context + "_binary", Family::kPlain)),
+            Family::kPlain);
         break;
       }
       case 4:

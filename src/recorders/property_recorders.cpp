@@ -1,0 +1,16 @@
+#include "recorders/property_recorders.h"
+
+#include "recorders/recorded_call.h"
+
+namespace kiv::recorders {
+
+Status recordPropertyHasCapability(session::Session& session,
+                                   KivProperty_Key_t key) {
+  constexpr output::WriteFailures kWriteFailures = {Status::kPropertyError,
+                                                    Status::kPropertyError};
+  RecordedCall call(session, format::calls::kPropertyHasCapability);
+  return call.commit({Argument::cast("KivProperty_Key_t", key)},
+                     kWriteFailures);
+}
+
+}  // namespace kiv::recorders
