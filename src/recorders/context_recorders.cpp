@@ -37,21 +37,21 @@ class ClaimedName {
               std::string_view word)
       : names_(session.names()) {
     if (!call.hasFailed())
-      name_.text = names_.claim(call.code().joined({context.text, word}).text,
-                                format::Family::kPlain);
+      name_ = names_.claim(call.code().joined({context.text, word}).text,
+                           Family::kPlain);
   }
   ~ClaimedName() {
-    if (!kept_) names_.release(name_.text);
+    if (!kept_) names_.release(name_);
   }
   ClaimedName(const ClaimedName&) = delete;
   ClaimedName& operator=(const ClaimedName&) = delete;
 
-  operator Name() const { return name_; }
+  operator Name() const { return {name_}; }
   void keepIf(Status status) { kept_ = ok(status); }
 
  private:
   session::Names& names_;
-  Name name_;
+  std::string name_;
   bool kept_ = false;
 };
 

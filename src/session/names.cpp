@@ -1,6 +1,6 @@
 #include "session/names.h"
 
-#include <utility>
+#include <optional>
 
 #include "format/identifiers.h"
 #include "format/numbers.h"
@@ -14,6 +14,28 @@ void appendCounter(std::string& name, std::uint32_t counter) {
   const auto* const end = format::formatNumber(digits.data(), counter);
   name += '_';
   name.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
+}
+
+// A name read as base + "_" + number, in the form that appendCounter() gives
+// it.
+struct Numbered {
+  std::string_view base;
+  std::uint32_t number;
+};
+std::optional<Numbered> splitNumber(std::string_view name) {
+  const std::size_t underscore = name.rfind('_');
+  if (underscore == std::string_view::npos) return std::nullopt;
+  const std::string_view digits = name.substr(underscore + 1);
+  const bool isPadded = digits.size() > 1 && digits.front() == '0';
+  const auto number = format::parseNumber<std::uint32_t>(digits);
+  if (!number || isPadded) return std::nullopt;
+  return Numbered{name.substr(0, underscore), *number};
+}
+
+constexpr auto kFamilies = static_cast<std::size_t>(Family::kCount);
+static_assert(kFamilies <= 16);
+constexpr std::uint16_t maskOf(Family family) {
+  return static_cast<std::uint16_t>(1U << static_cast<unsigned>(family));
 }
 
 constexpr auto kOneLess = static_cast<std::uint32_t>(-1);
@@ -49,38 +71,48 @@ void Names::Candidate::forEachSplit(Visit&& visit) const {
   }
 }
 
-std::string_view Names::unique(std::string_view base, Family family) {
-  const std::lock_guard lock(mutex_);
-  return nextFree(base, family);
+std::string Names::unique(std::string_view base, Family family) {
+  return unique(base, family,
+                [](std::string_view name) { return std::string(name); });
 }
 
-std::string_view Names::claim(std::string_view text, Family family) {
+std::string Names::claim(std::string_view text, Family family) {
   const Candidate candidate(text);
   const std::lock_guard lock(mutex_);
-  if (obstacle(candidate, family) != Obstacle::kNone)
-    return nextFree(text, family);
-  return take(candidate, family);
+  if (isTaken(candidate.name) || obstacle(candidate, family) != Obstacle::kNone)
+    return std::string(nextFree(text, family));
+  variables_.emplace(HashedString(candidate.name), family);
+  countBlocked(candidate);
+  return std::string(text);
 }
 
 void Names::reserve(std::string_view text) {
   const Candidate candidate(text);
   const std::lock_guard lock(mutex_);
-  if (!variables_.contains(candidate.name)) take(candidate, Family::kPlain);
+  if (isTaken(candidate.name)) return;
+  variables_.emplace(HashedString(candidate.name), Family::kPlain);
+  countBlocked(candidate);
 }
 
 void Names::release(std::string_view text) noexcept {
   const Candidate candidate(text);
   const std::lock_guard lock(mutex_);
-  const auto found = variables_.find(candidate.name);
-  if (found == variables_.end()) return;
-  candidate.forEachSplit([this](HashedText owner, std::string_view suffix) {
-    const auto blocked = blocked_.find(owner);
-    if (blocked != blocked_.end()) count(blocked->second, suffix, kOneLess);
-    return true;
-  });
-  variables_.erase(found);
+  if (const auto found = variables_.find(candidate.name);
+      found != variables_.end()) {
+    variables_.erase(found);
+    return releaseBlocked(candidate);
+  }
+  const auto numbered = splitNumber(text);
+  if (!numbered) return;
+  const auto counter = counters_.find(HashedText(numbered->base));
+  if (counter == counters_.end() ||
+      counter->second.next != numbered->number + 1)
+    return;
+  --counter->second.next;
+  releaseBlocked(candidate);
 }
 
+// The result lives until the next name is made.
 std::string_view Names::nextFree(std::string_view text, Family family) {
   std::string& name = candidateText_;
   name = text;
@@ -88,24 +120,50 @@ std::string_view Names::nextFree(std::string_view text, Family family) {
     const HashedText base(name);
     auto counter = counters_.find(base);
     if (counter == counters_.end())
-      counter = counters_.emplace(HashedString(base), 0).first;
+      counter = counters_.emplace(HashedString(base), Counter{}).first;
     const std::size_t baseSize = name.size();
-    appendCounter(name, counter->second++);
+    appendCounter(name, counter->second.next);
     const Candidate candidate(name);
-    switch (obstacle(candidate, family)) {
-      case Obstacle::kNone:
-        return take(candidate, family);
-      case Obstacle::kTaken:
-        name.resize(baseSize);
-        break;
-      case Obstacle::kBroughtAlong:
-        // The next numbers belong to the same owner, so one more is put
-        // behind this one.
-        break;
-    }
+    const Obstacle found = obstacle(candidate, family);
+    if (found == Obstacle::kNone) countBlocked(candidate);
+    ++counter->second.next;
+    counter->second.families |= maskOf(family);
+    if (found == Obstacle::kNone) return name;
+    // With kBroughtAlong the next numbers belong to the same owner, so one more
+    // is put behind this one.
+    if (found == Obstacle::kTaken) name.resize(baseSize);
   }
 }
 
+// Whether a variable has the name, with or without a counter.
+bool Names::isTaken(const HashedText& name) const {
+  if (variables_.contains(name)) return true;
+  const auto numbered = splitNumber(name.text);
+  if (!numbered) return false;
+  const auto counter = counters_.find(HashedText(numbered->base));
+  return counter != counters_.end() && numbered->number < counter->second.next;
+}
+
+bool Names::bringsAlong(const HashedText& owner,
+                        std::string_view suffix) const {
+  if (const auto found = variables_.find(owner);
+      found != variables_.end() && format::isDerived(found->second, suffix))
+    return true;
+  const auto numbered = splitNumber(owner.text);
+  if (!numbered) return false;
+  const auto counter = counters_.find(HashedText(numbered->base));
+  if (counter == counters_.end() || numbered->number >= counter->second.next)
+    return false;
+  for (std::size_t i = 0; i < kFamilies; ++i) {
+    const auto family = static_cast<Family>(i);
+    if ((counter->second.families & maskOf(family)) != 0 &&
+        format::isDerived(family, suffix))
+      return true;
+  }
+  return false;
+}
+
+// A name's own counter is not asked: its numbers from next on are free.
 Names::Obstacle Names::obstacle(const Candidate& candidate,
                                 Family family) const {
   const HashedText& name = candidate.name;
@@ -117,19 +175,14 @@ Names::Obstacle Names::obstacle(const Candidate& candidate,
     return Obstacle::kTaken;
   Obstacle result = Obstacle::kNone;
   candidate.forEachSplit([&](HashedText owner, std::string_view suffix) {
-    const auto found = variables_.find(owner);
-    if (found != variables_.end() && format::isDerived(found->second, suffix))
-      result = Obstacle::kBroughtAlong;
+    if (bringsAlong(owner, suffix)) result = Obstacle::kBroughtAlong;
     return result == Obstacle::kNone;
   });
   return result;
 }
 
-// Counts the variable for all names that would bring it along.
-std::string_view Names::take(const Candidate& candidate, Family family) {
-  const std::string_view taken =
-      variables_.emplace(HashedString(candidate.name), family)
-          .first->first.text;
+// Counts a variable for all names that would bring it along.
+void Names::countBlocked(const Candidate& candidate) {
   candidate.forEachSplit([this](HashedText owner, std::string_view suffix) {
     auto blocked = blocked_.find(owner);
     if (blocked == blocked_.end())
@@ -137,7 +190,14 @@ std::string_view Names::take(const Candidate& candidate, Family family) {
     count(blocked->second, suffix, 1);
     return true;
   });
-  return taken;
+}
+
+void Names::releaseBlocked(const Candidate& candidate) noexcept {
+  candidate.forEachSplit([this](HashedText owner, std::string_view suffix) {
+    const auto blocked = blocked_.find(owner);
+    if (blocked != blocked_.end()) count(blocked->second, suffix, kOneLess);
+    return true;
+  });
 }
 
 }  // namespace kiv::session

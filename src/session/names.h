@@ -22,21 +22,27 @@ using format::Family;
 //
 // A name is free when the program has it neither from the start nor as a
 // variable, when no variable will bring it along (see format::Part), and when
-// it will bring none along that the program has. The texts that are returned
-// live until the name is released, or as long as this object.
+// it will bring none along that the program has.
 class Names {
  public:
   // base + "_" + a decimal counter that starts at 0 for each base; numbers
-  // whose name is not free are left out.
-  std::string_view unique(std::string_view base, Family family);
+  // whose name is not free are left out. `keep` gets the name, while no other
+  // is made, and its result is returned.
+  template <typename Keep>
+  auto unique(std::string_view base, Family family, Keep&& keep) {
+    const std::lock_guard lock(mutex_);
+    return keep(nextFree(base, family));
+  }
+  std::string unique(std::string_view base, Family family);
 
   // The name as it is when it is free, else unique(name).
-  std::string_view claim(std::string_view name, Family family);
+  std::string claim(std::string_view name, Family family);
 
   // Takes a name that the program has from elsewhere.
   void reserve(std::string_view name);
 
-  // Gives a claimed name back, whose call has not been recorded.
+  // Gives a name back whose call has not been recorded. A counter goes back
+  // only from its last number.
   void release(std::string_view name) noexcept;
 
  private:
@@ -44,6 +50,14 @@ class Names {
   enum class Obstacle : std::uint8_t { kNone, kTaken, kBroughtAlong };
   using FamilyCounts =
       std::array<std::uint32_t, static_cast<std::size_t>(Family::kCount)>;
+
+  // A base with the names 0 to next - 1 behind it, all of which are taken:
+  // most variables are no more than a step of such a counter.
+  struct Counter {
+    std::uint32_t next = 0;
+    // Bit by bit, the families that its names have.
+    std::uint16_t families = 0;
+  };
 
   // A name, and each way to read it as an owner's name, "_" and a suffix that
   // may be that of a derived name.
@@ -62,7 +76,10 @@ class Names {
 
   std::string_view nextFree(std::string_view base, Family family);
   Obstacle obstacle(const Candidate& candidate, Family family) const;
-  std::string_view take(const Candidate& candidate, Family family);
+  bool isTaken(const HashedText& name) const;
+  bool bringsAlong(const HashedText& owner, std::string_view suffix) const;
+  void countBlocked(const Candidate& candidate);
+  void releaseBlocked(const Candidate& candidate) noexcept;
 
   template <typename Value>
   using Map = std::unordered_map<HashedString, Value, HashOfText, SameText>;
@@ -70,7 +87,8 @@ class Names {
   mutable std::mutex mutex_;
   // The name that is tried, here so that its memory serves again.
   std::string candidateText_;
-  Map<std::uint32_t> counters_;
+  Map<Counter> counters_;
+  // Variables without a counter.
   Map<Family> variables_;
   // For names that are not variables: by family, how many variables of the
   // program they would bring along.

@@ -38,8 +38,7 @@ NewGraph::NewGraph(Session& session, std::shared_ptr<SaverContext> context,
   if (!name_.isReserved()) return;
   variable_.emplace(session.names(), name_.text());
   entry_.emplace(session.graphs().prepare(std::make_shared<SaverGraph>(
-      std::string(variable_->name()), session.programNumber(), context_,
-      std::move(outer))));
+      variable_->name(), session.programNumber(), context_, std::move(outer))));
 }
 
 Handle NewGraph::keep() noexcept {

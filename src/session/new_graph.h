@@ -16,12 +16,12 @@ class GraphVariable {
   GraphVariable(const GraphVariable&) = delete;
   GraphVariable& operator=(const GraphVariable&) = delete;
 
-  std::string_view name() const { return name_; }
+  const std::string& name() const { return name_; }
   void keep() { kept_ = true; }
 
  private:
   Names& names_;
-  std::string_view name_;
+  std::string name_;
   bool kept_ = false;
 };
 

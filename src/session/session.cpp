@@ -50,7 +50,7 @@ Handle Session::newObject(Registry<Object>& registry, std::string_view prefix,
                           Family family) noexcept {
   try {
     return registry.add(registry.prepare(std::make_shared<Object>(
-        std::string(names_.unique(prefix, family)), programNumber())));
+        names_.unique(prefix, family), programNumber())));
   } catch (...) {
     return 0;
   }

@@ -40,7 +40,9 @@ class CallText {
   template <Family kFamily = Family::kPlain>
   NameOf<kFamily> unique(std::string_view base) {
     if (hasFailed()) return {};
-    return {{session_.names().unique(base, kFamily)}};
+    return {session_.names().unique(
+        base, kFamily,
+        [this](std::string_view name) { return code_->joined({name}); })};
   }
 
   // The name of a variable that an earlier call declared.

@@ -153,12 +153,12 @@ Strings clashesOf(unsigned seed) {
     return name;
   };
   const auto unique = [&](const std::string& base, Family family) {
-    return add(std::string(names.unique(base, family)), family);
+    return add(names.unique(base, family), family);
   };
   for (int i = 0; i < 40; ++i) {
     switch (random() % 6) {
       case 0: {
-        const std::string graph(names.claim(clientName(), Family::kGraph));
+        const std::string graph = names.claim(clientName(), Family::kGraph);
         if (random() % 4 == 0) {
           names.release(graph);
         } else {
@@ -172,8 +172,7 @@ Strings clashesOf(unsigned seed) {
         break;
       case 3: {
         const std::string context = unique("context", Family::kContext);
-        add(std::string(names.claim(context + "_binary", Family::kPlain)),
-            Family::kPlain);
+        add(names.claim(context + "_binary", Family::kPlain), Family::kPlain);
         break;
       }
       case 4:
