@@ -9,7 +9,8 @@
  *   if (KivInterface_getProviders(&providers, &count) == 0)
  *     providers[0]->KIV_INTERFACE_VER_NAME.backendCreate(...);
  *
- * The functions may be called from any thread.
+ * The functions may be called from any thread, but not from a signal handler:
+ * they take locks and memory.
  */
 
 #include "KivBackend.h"

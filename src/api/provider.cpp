@@ -80,14 +80,14 @@ constexpr bool isComplete(const KivInterface_Implementation_t& table) {
          table.tensorCreateGraphTensor != nullptr;
 }
 
-constinit const KivInterface_t provider = {
+constinit const KivInterface_t kProvider = {
     .backendId = KIV_BACKEND_ID_SAVER,
     .providerName = kProviderName,
     .apiVersion = kApiVersion,
     .KIV_INTERFACE_VER_NAME = kImplementation};
 
 // The API hands the array out as one that clients could write to.
-constinit const KivInterface_t* providers[] = {&provider};
+constinit const KivInterface_t* providers[] = {&kProvider};
 constexpr std::uint32_t kNumProviders = isComplete(kImplementation) ? 1 : 0;
 
 }  // namespace

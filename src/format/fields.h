@@ -137,7 +137,7 @@ constexpr std::size_t sizeOf(const Field& field) {
 // alignment asks for, up to the record's end. A union is the last field, and
 // its members fill the rest.
 template <std::size_t count>
-consteval bool fits(const Field (&fields)[count], std::size_t recordSize) {
+constexpr bool fits(const Field (&fields)[count], std::size_t recordSize) {
   constexpr std::size_t kMostPadding = sizeof(void*) - 1;
   std::size_t end = 0;
   for (const Field& field : fields) {
@@ -150,7 +150,7 @@ consteval bool fits(const Field (&fields)[count], std::size_t recordSize) {
 
 // Each member begins where the union does and lies within the record.
 template <std::size_t count>
-consteval bool lieIn(const Member (&members)[count], std::size_t recordSize) {
+constexpr bool lieIn(const Member (&members)[count], std::size_t recordSize) {
   for (const Member& member : members) {
     if (member.offset >= recordSize) return false;
     if (member.record != nullptr &&

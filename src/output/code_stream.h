@@ -466,7 +466,7 @@ inline constexpr auto kFieldLead = [] {
 }();
 
 // How many of a row's fields before `end` take a reference.
-consteval std::size_t countReferences(std::span<const format::Field> fields,
+constexpr std::size_t countReferences(std::span<const format::Field> fields,
                                       std::size_t end) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < end; ++i)
@@ -476,7 +476,7 @@ consteval std::size_t countReferences(std::span<const format::Field> fields,
   return count;
 }
 
-consteval std::size_t countTexts(std::span<const format::Field> fields,
+constexpr std::size_t countTexts(std::span<const format::Field> fields,
                                  std::size_t end) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < end; ++i)
@@ -486,7 +486,7 @@ consteval std::size_t countTexts(std::span<const format::Field> fields,
 
 // More than a row's own texts and numbers take: references, their leads
 // and the clients' texts come on top.
-consteval std::size_t fixedBound(const format::Record& row) {
+constexpr std::size_t fixedBound(const format::Record& row) {
   constexpr std::size_t kMostOfField = 40;
   std::size_t bound = CodeStream::kIndent.size() + row.type.size() + 16;
   for (const format::Field& field : row.fields)
