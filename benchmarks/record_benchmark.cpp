@@ -1,4 +1,4 @@
-// What recording costs beside a program that only writes the same bytes; see
+// The cost of recording beside a program that only writes the same bytes; see
 // docs/performance.md.
 
 #include <sys/vfs.h>

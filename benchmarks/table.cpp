@@ -71,7 +71,7 @@ struct Row {
   std::size_t text = 0;
   double ours = 0;
   double floor = 0;
-  // Of each round, their median: both sides of a round see the same noise.
+  // The median of each round: both sides of a round see the same noise.
   double ratio = 0;
 };
 

@@ -12,7 +12,7 @@
 
 namespace kiv::benchmarks {
 
-// What the benchmarks of time share.
+// The parts that the benchmarks of time share.
 
 struct Settings {
   std::string library;
@@ -40,10 +40,10 @@ double median(std::vector<double> values);
 // need little room, and the system has nothing to write back meanwhile.
 void dropBlocks(const std::filesystem::path& file);
 
-// What calls cost beside a program that writes the same bytes.
+// The cost of calls beside a program that writes the same bytes.
 void printTable(const Settings& settings);
 
-// What a tensor costs, in time and memory, after a million others.
+// The cost of a tensor, in time and memory, after a million others.
 void printMillionTensors(const Settings& settings);
 
 }  // namespace kiv::benchmarks

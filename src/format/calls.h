@@ -76,7 +76,7 @@ struct Argument {
   // The parameter's name in the API's headers.
   std::string_view name;
   ArgumentKind kind;
-  // Of the cast, or of the variable that is declared.
+  // The type of the cast, or of the variable that is declared.
   std::string_view type = {};
 };
 

@@ -25,7 +25,7 @@ enum class ConfigFamilyId : std::uint8_t {
 };
 
 struct ConfigOption {
-  // What stands for the option in the record's name: base + "_" + word.
+  // The option's word in the record's name: base + "_" + word.
   std::string_view word;
   std::string_view constant;
   // Selected by the option's number.
@@ -49,10 +49,10 @@ struct ConfigFamily {
   bool blankLines;
   // The first one is the custom config, which is NULL as a plain option.
   std::span<const ConfigOption> options;
-  // What stands before the address of a custom config that is written; empty
+  // The text before the address of a custom config that is written; empty
   // where none is.
   std::string_view customLead = {};
-  // What stands for such a config in the record's name.
+  // Its word in the record's name.
   std::string_view customWord = {};
 };
 

@@ -73,7 +73,7 @@ struct Field {
   FieldKind kind;
   // bytes from the record's start
   std::size_t offset;
-  // Of the cast, the variable or the array's elements.
+  // The type of the cast, the variable or the array's elements.
   std::string_view type = {};
   const Record* record = nullptr;
 };

@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::string_view kReplaced = " /|-:;.,+";
 
-// What a character of a client's name becomes; 0 for one that is dropped.
+// A client's character as it stands in an identifier; 0 for one that is
+// dropped.
 constexpr std::array<char, 256> makeReplacements() {
   std::array<char, 256> replacements{};
   for (std::size_t i = 0; i < replacements.size(); ++i) {

@@ -11,8 +11,8 @@
 // that no other variable gets one of them. Constant; from any thread.
 namespace kiv::format {
 
-// What a variable of the generated program is, and with it which parts it may
-// have.
+// The kind of a variable of the generated program, which decides on the parts
+// that it may have.
 enum class Family : std::uint8_t {
   kPlain,  // none
   kContext,
@@ -71,7 +71,7 @@ struct PartRow {
   std::string_view word;
   int numbers;
   Family owner;
-  // What the derived variable is.
+  // The family of the derived variable.
   Family derived;
 };
 

@@ -381,7 +381,7 @@ inline constexpr Record kGpuGraphCustomConfig = {
 // A record that stands as a variable of its own, by its type.
 struct RecordOfType {
   const Record* record;
-  // Of the record's kUnion field, if it has one.
+  // The members of the record's kUnion field, if it has one.
   std::span<const Member> members;
 };
 

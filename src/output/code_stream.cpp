@@ -13,7 +13,7 @@ using format::FieldKind;
 using format::Part;
 
 constexpr std::size_t kFirstSize = std::size_t{1} << 13;
-// What a stream keeps between calls.
+// The memory that a stream keeps between calls.
 constexpr std::size_t kMostKept = std::size_t{1} << 20;
 
 constexpr std::uint64_t kOnes = 0x0101010101010101;

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// What the library asks of the process that it is in: forks, its end, the
+// The process that the library is in: its forks, its end, the
 // cancellation of threads. Every function may be called from any thread.
 namespace kiv::platform {
 

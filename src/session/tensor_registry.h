@@ -33,7 +33,7 @@ class TensorRegistry {
   // A tensor's creation in the recording.
   struct Creation {
     std::uint32_t number;
-    // Of the program that declares the tensor's variable.
+    // The program that declares the tensor's variable.
     std::uint32_t programNumber;
   };
 

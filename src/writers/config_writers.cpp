@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "format/configs.h"
+#include "output/row_text.h"
 #include "writers/custom_rules.h"
 #include "writers/platform_info_writer.h"
 

@@ -1,6 +1,7 @@
 #include "writers/op_config_writer.h"
 
 #include "format/records.h"
+#include "output/row_text.h"
 #include "writers/tensor_writer.h"
 
 namespace kiv::writers {
@@ -28,7 +29,7 @@ void writeScalar(CallText& call, const Kiv_Scalar_t& scalar, Name name) {
   call.code().emitStruct<rows::kScalar>(name, &scalar, {{*value}});
 }
 
-// What the parameter's union holds.
+// The value in the parameter's union.
 Name writeParamValue(CallText& call, const Kiv_Param_t& param,
                      NameOf<Family::kParam> owner,
                      const session::TensorRegistry* created) {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "format/records.h"
+#include "output/row_text.h"
 
 namespace kiv::writers {
 namespace {

@@ -1,6 +1,7 @@
 #include "writers/quantize_writer.h"
 
 #include "format/records.h"
+#include "output/row_text.h"
 
 namespace kiv::writers {
 namespace {

@@ -1,6 +1,7 @@
 #include "writers/tensor_writer.h"
 
 #include "format/records.h"
+#include "output/row_text.h"
 #include "writers/quantize_writer.h"
 
 namespace kiv::writers {
@@ -30,7 +31,7 @@ void checkDataType(CallText& call, const Kiv_TensorV1_t& tensor) {
     (void)dataTypeToCType(call, enumValue(tensor.dataType));
 }
 
-// What else is wrong with the record is reported first, as for a known version,
+// Other faults of the record are reported first, as for a known version,
 // but none of its pointers is followed.
 void refuseVersion(CallText& call, const Kiv_Tensor_t& tensor) {
   checkEncoding(call, tensor.v1.quantizeParams);

@@ -185,7 +185,7 @@ class BadInput : public ::testing::Test {
   Kiv_ProfileHandle_t profile = nullptr;
   Kiv_DeviceHandle_t device = nullptr;
   Records records;
-  // What calls were refused with.
+  // The codes of calls that were refused.
   std::set<Code> codes;
 };
 

@@ -10,7 +10,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// What stands for the ids of the tensors in a recording's text.
+// The texts of tensors' ids in a recording.
 Lines idsIn(const std::string& text) {
   static const std::regex pattern(R"(Kiv_TensorV\d_t \w+ = \{([^,]+),)");
   Lines ids;
