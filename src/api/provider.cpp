@@ -1,5 +1,3 @@
-#include <cstdint>
-
 #include "KivInterface.h"
 #include "api/entries.h"
 #include "api/version.h"
@@ -72,7 +70,7 @@ constexpr KivInterface_Implementation_t kImplementation = {
     .reserved = {}};
 
 // Without these a library is no backend.
-constexpr bool isComplete(const KivInterface_Implementation_t& table) {
+bool isComplete(const KivInterface_Implementation_t& table) {
   return table.graphCreate != nullptr && table.graphAddNode != nullptr &&
          table.graphFinalize != nullptr && table.graphRetrieve != nullptr &&
          table.graphExecute != nullptr &&
@@ -88,7 +86,6 @@ constinit const KivInterface_t kProvider = {
 
 // The API hands the array out as one that clients could write to.
 constinit const KivInterface_t* providers[] = {&kProvider};
-constexpr std::uint32_t kNumProviders = isComplete(kImplementation) ? 1 : 0;
 
 }  // namespace
 }  // namespace kiv::api
@@ -98,6 +95,6 @@ Kiv_ErrorHandle_t KivInterface_getProviders(
   if (providerList == nullptr || numProviders == nullptr)
     return KIV_COMMON_ERROR_INVALID_ARGUMENT;
   *providerList = kiv::api::providers;
-  *numProviders = kiv::api::kNumProviders;
+  *numProviders = kiv::api::isComplete(kiv::api::kImplementation) ? 1 : 0;
   return KIV_SUCCESS;
 }

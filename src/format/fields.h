@@ -153,8 +153,9 @@ template <std::size_t count>
 constexpr bool lieIn(const Member (&members)[count], std::size_t recordSize) {
   for (const Member& member : members) {
     if (member.offset >= recordSize) return false;
-    if (member.record != nullptr &&
-        member.offset + member.record->size > recordSize)
+    const bool holdsRecord = member.kind == FieldKind::kInline ||
+                             member.kind == FieldKind::kRecord;
+    if (holdsRecord && member.offset + member.record->size > recordSize)
       return false;
   }
   return true;
