@@ -47,7 +47,9 @@ Entry<KivGraph_ExecuteFn_t> graphExecute;
 Entry<KivTensor_CreateContextTensorFn_t> tensorCreateContextTensor;
 Entry<KivTensor_CreateGraphTensorFn_t> tensorCreateGraphTensor;
 
-Entry<KivLog_CreateFn_t> logCreate;
+// The callback's format attribute would be lost in a template's argument.
+Code logCreate(KivLog_Callback_t callback, KivLog_Level_t level,
+               Kiv_LogHandle_t* logger);
 Entry<KivLog_SetLogLevelFn_t> logSetLogLevel;
 Entry<KivLog_FreeFn_t> logFree;
 
