@@ -55,7 +55,10 @@ Name writeElements(CallText& call, std::string_view type,
     code.emitNullDeclaration(type, array);
     return array;
   }
-  if (elements == nullptr) call.fail(kMissingArray, static_cast<long>(count));
+  if (elements == nullptr) {
+    call.fail(kMissingArray, static_cast<long>(count));
+    return array;
+  }
   for (std::uint32_t i = 0; i < count && !call.hasFailed(); ++i)
     writeElement(elements[i], code.name<kElement>(op, i));
   if (!call.hasFailed()) code.emitPartArray<kElement>(type, array, op, count);
