@@ -87,7 +87,7 @@ class SaverContext : public NamedObject {
 
   // Takes no further graph and calls `visit` for each one that there is.
   template <typename Visit>
-  void free(Visit&& visit) noexcept {
+  void forgetGraphs(Visit&& visit) noexcept {
     const std::lock_guard lock(mutex_);
     isFreed_ = true;
     for (const auto& [name, graph] : graphs_)

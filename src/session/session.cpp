@@ -45,9 +45,6 @@ std::optional<Status> Session::configure(const output::OutputChanges& changes,
   return files_.switchTo(std::move(settings), messages);
 }
 
-// The analyzer takes a map's first bucket, which lies in the map, for memory
-// that is freed.
-// NOLINTBEGIN(clang-analyzer-unix.Malloc)
 template <typename Object>
 Handle Session::newObject(Registry<Object>& registry, std::string_view prefix,
                           Family family) noexcept {
@@ -70,12 +67,11 @@ Handle Session::newDevice() noexcept {
 Handle Session::newProfile() noexcept {
   return newObject(profiles_, "profile", Family::kPlain);
 }
-// NOLINTEND(clang-analyzer-unix.Malloc)
 
 bool Session::eraseContext(Handle handle) noexcept {
   const auto context = contexts_.find(handle);
   if (context == nullptr || !contexts_.erase(handle)) return false;
-  context->free(
+  context->forgetGraphs(
       [this](const SaverGraph& graph) { graphs_.erase(handleOf(&graph)); });
   return true;
 }
