@@ -23,6 +23,11 @@ std::uint32_t forkCount() {
                       : static_cast<std::uint32_t>(::getpid());
 }
 
+std::uint64_t threadId() {
+  static_assert(sizeof(::pthread_self()) <= sizeof(std::uint64_t));
+  return std::uint64_t(::pthread_self());
+}
+
 // Threads run on while exit handlers and destructors do.
 bool isLastThreadOfProcess() { return false; }
 

@@ -12,6 +12,10 @@ namespace kiv::platform {
 // The system has no fork.
 std::uint32_t forkCount() { return 0; }
 
+// The runtime's own ids take a place in the process with the first that is
+// asked for, see callAtEnd().
+std::uint64_t threadId() { return ::GetCurrentThreadId(); }
+
 // The system ends all other threads before it tells the libraries.
 bool isLastThreadOfProcess() { return ::RtlDllShutdownInProgress() != 0; }
 

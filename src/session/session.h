@@ -7,7 +7,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "output/output_files.h"
 #include "session/code_streams.h"
@@ -82,7 +81,7 @@ class Session {
 
 // A call that is under way, as the session's end sees it.
 struct CallUnderWay {
-  std::thread::id thread;
+  std::uint64_t thread = 0;
   CallUnderWay* next = nullptr;
   CallUnderWay* previous = nullptr;
 };

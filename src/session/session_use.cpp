@@ -1,6 +1,7 @@
 #include <chrono>
 #include <mutex>
 #include <new>
+#include <thread>
 
 #include "diagnostics/spin_lock.h"
 #include "platform/process.h"
@@ -14,7 +15,7 @@ namespace {
 class CallList {
  public:
   void add(CallUnderWay& call) {
-    call.thread = std::this_thread::get_id();
+    call.thread = platform::threadId();
     const std::lock_guard lock(lock_);
     call.next = first_;
     if (first_ != nullptr) first_->previous = &call;
@@ -30,7 +31,7 @@ class CallList {
   // A client's log callback may exit the process, so that this thread's own
   // call is under way while the session ends.
   bool hasOthers() {
-    const std::thread::id self = std::this_thread::get_id();
+    const std::uint64_t self = platform::threadId();
     const std::lock_guard lock(lock_);
     for (const CallUnderWay* call = first_; call != nullptr; call = call->next)
       if (call->thread != self) return true;
