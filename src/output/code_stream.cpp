@@ -130,10 +130,6 @@ std::string_view CodeStream::sanitized(std::string_view clientName) {
 
 // ---- lines ----
 
-void CodeStream::append(std::string_view text) {
-  end_ = put(room(text.size()), text);
-}
-
 void CodeStream::appendArguments(std::initializer_list<Argument> arguments) {
   bool isFirst = true;
   for (const Argument& argument : arguments) {

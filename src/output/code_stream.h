@@ -349,6 +349,10 @@ constexpr std::array<char, kSize> concatenated(
   return result;
 }
 
+inline void CodeStream::append(std::string_view text) {
+  end_ = put(room(text.size()), text);
+}
+
 inline void CodeStream::append(char c) {
   *room(1) = c;
   ++end_;
