@@ -264,7 +264,7 @@ class CodeStream {
       putHalves<16>(to, text);
     } else if (size >= 8 && size < 16) {
       putHalves<8>(to, text);
-    } else {
+    } else if (size != 0) {
       std::memcpy(to, text.data(), size);
     }
     return to + size;
