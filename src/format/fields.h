@@ -153,8 +153,8 @@ template <std::size_t count>
 constexpr bool lieIn(const Member (&members)[count], std::size_t recordSize) {
   for (const Member& member : members) {
     if (member.offset >= recordSize) return false;
-    const bool holdsRecord = member.kind == FieldKind::kInline ||
-                             member.kind == FieldKind::kRecord;
+    const bool holdsRecord =
+        member.kind == FieldKind::kInline || member.kind == FieldKind::kRecord;
     if (holdsRecord && member.offset + member.record->size > recordSize)
       return false;
   }
