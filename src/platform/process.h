@@ -12,8 +12,8 @@ namespace kiv::platform {
 // _Fork()) are not counted.
 std::uint32_t forkCount();
 
-// What tells the calling thread from others that are alive. Needs no memory of
-// the thread, and leaves nothing behind when the library is unloaded.
+// A number that no other thread alive has. Asking for it needs no memory of the
+// thread, and leaves nothing behind when the library is unloaded.
 std::uint64_t threadId();
 
 // Whether the process ends and has only this thread left: no other will finish

@@ -40,7 +40,7 @@ TEST(FloatTest, HasNineSignificantDigits) {
       {1e9F, "1e+09"},
       {123456789.0F, "123456792"},
       {Limits::max(), "3.40282347e+38"},
-      // What has no digits, and an integer that would lose its sign.
+      // Values without digits, and an integer that would lose its sign.
       {-0.0F, "-0.0"},
       {Limits::infinity(), "(1.0f/0.0f)"},
       {-Limits::infinity(), "(-1.0f/0.0f)"},
