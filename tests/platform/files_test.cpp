@@ -87,7 +87,8 @@ TEST_F(Files, DirectoriesAndFilesAreToldApart) {
     EXPECT_FALSE(isDirectory(file + slashes)) << slashes;
   }
   EXPECT_EQ(openForWriting(directory, OpenMode::kTruncate).stream, nullptr);
-  EXPECT_EQ(openForWriting(path("no/file"), OpenMode::kTruncate).stream, nullptr);
+  EXPECT_EQ(openForWriting(path("no/file"), OpenMode::kTruncate).stream,
+            nullptr);
   EXPECT_TRUE(isDirectory("/"));
 }
 
