@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # ./demo.sh [network.onnx]
 #
-# Records a network's calls with the Saver, compiles the recording and replays
-# it on Tracer, a backend that prints its calls. Then runs the client on Tracer
-# directly: both must print the same calls. All output is below build/demo.
+# Records a network's calls with the Saver and replays them on Tracer, a backend
+# that prints its calls: by kiv-recording, and compiled. Then runs the client on
+# Tracer directly: all must print the same calls. All output is below build/demo.
 set -euo pipefail
 export LC_ALL=C
 
@@ -23,6 +23,7 @@ work=$root/build/demo
 log=$work/log.txt
 recording=$work/recording
 client=build/release/examples/onnx_client/onnx_client
+recorder=$root/build/release/bin/kiv-recording
 saver=$root/build/release/src/libKivSaver.so
 tracer=$root/build/release/backends/tracer/libKivTracer.so
 
@@ -45,6 +46,16 @@ summary_value() { # KEY
   sed -n "s/.*\\b$1=\\([^ ]*\\).*/\\1/p" "$work/summary.txt" | tail -n 1
 }
 
+seconds() { printf '%d.%02d s' $(($1 / 1000)) $(($1 % 1000 / 10)); }
+
+# Ends the demo unless a trace has the calls of the client itself.
+compare() { # TRACE
+  diff "$work/direct.txt" "$work/$1" >"$work/difference.txt" && return
+  echo "compared: DIFFERENT, first here (< client, > $1):"
+  head -n 4 "$work/difference.txt" | cut -c 1-300
+  exit 1
+}
+
 # The rest of the file is read before it is run, so that it may change meanwhile.
 main() {
   mkdir -p "$work"
@@ -52,9 +63,9 @@ main() {
   step setup tools/setup.sh
   step configuring cmake --preset release
   step building cmake --build --preset release --parallel 2 \
-    --target KivSaver KivTracer onnx_client
+    --target KivSaver KivTracer onnx_client kiv-recording
 
-  local start recorded compiled
+  local start recorded replayed compiled
   start=$(milliseconds)
   step recording "$client" --backend "$saver" --output-dir "$recording" \
     "$network"
@@ -66,27 +77,33 @@ main() {
   echo "recorded: $(wc -l <"$recording/saver_output.c") lines of C and" \
     "$(wc -c <"$recording/params.bin") bytes of data in $recorded ms"
 
-  step "configuring the replay" cmake -G Ninja -S replay -B "$work/replay" \
-    -DRECORDING="$recording" -DBACKEND="$tracer"
   start=$(milliseconds)
-  step compiling cmake --build "$work/replay"
-  compiled=$(($(milliseconds) - start))
-  printf 'compiled: in %d.%d s\n' $((compiled / 1000)) $((compiled % 1000 / 100))
-
   step replaying env KIV_TRACER_OUTPUT="$work/replayed.txt" \
-    "$work/replay/replay"
-  echo "replayed: $(wc -l <"$work/replayed.txt") calls"
+    "$recorder" replay "$recording" --backend "$tracer"
+  replayed=$(($(milliseconds) - start))
+  echo "replayed: $(wc -l <"$work/replayed.txt") calls by kiv-recording in" \
+    "$(seconds $replayed)"
+
+  start=$(milliseconds)
+  step "configuring the replay" cmake -G Ninja -S replay -B "$work/replay" \
+    -DRECORDING="$recording" -DBACKEND="$tracer" -DKIV_RECORDING="$recorder"
+  step compiling cmake --build "$work/replay"
+  step "running the compiled recording" \
+    env KIV_TRACER_OUTPUT="$work/compiled.txt" "$work/replay/replay"
+  compiled=$(($(milliseconds) - start))
+  echo "compiled: $(wc -l <"$work/compiled.txt") calls, compiler and run in" \
+    "$(seconds $compiled)"
 
   step "running the client directly" \
     env KIV_TRACER_OUTPUT="$work/direct.txt" \
     "$client" --backend "$tracer" "$network"
-  if diff "$work/direct.txt" "$work/replayed.txt" >"$work/difference.txt"; then
-    echo "compared: identical to the calls of the client itself"
-  else
-    echo "compared: DIFFERENT, first here (< client, > recording):"
-    head -n 4 "$work/difference.txt" | cut -c 1-300
-    exit 1
-  fi
+  compare replayed.txt
+  compare compiled.txt
+  echo "compared: identical to the calls of the client itself"
+  echo
+  echo "go on:    build/release/bin/kiv-recording info build/demo/recording"
+  echo "          build/release/bin/kiv-recording dump build/demo/recording"
+  echo "          build/release/bin/kiv-recording --help"
 }
 
 main

@@ -1,6 +1,7 @@
 /*
  * Runs the recorded program, whose main is called recordedMain here, in the
- * recording's directory.
+ * recording's directory on the backend's library. Before the program's first
+ * call it makes sure that the data file and the library fit the recording.
  *
  * The program holds the records of all calls in local variables, so it gets a
  * stack that fits its size. It runs in a thread of its own for that: a raised
@@ -8,77 +9,120 @@
  * threads that the backend starts.
  */
 
+#include <inttypes.h>
 #include <stddef.h>
 #include <stdio.h>
+#include <string.h>
 
-#include "program_size.h"
-
-#ifdef _WIN32
-#include <direct.h>
-#include <windows.h>
-#define chdir _chdir
-#else
-#include <pthread.h>
-#include <unistd.h>
-#endif
+#include "KivInterface.h"
+#include "launch_system.h"
+#include "paths.h"
+#include "program_facts.h"
 
 int recordedMain(int argc, char** argv);
+
+/* What a status of the launcher's own means. */
+enum { kFailed = 1, kUnreadable = 2 };
 
 /*
  * An array takes most stack for its text: 144 bytes for the name of a tensor,
  * which has nine characters or more.
  */
-static const size_t kStackPerByte = 32;
-static const size_t kLeastStack = (size_t)64 << 20;
+static const uint64_t kStackPerByte = 32;
+static const uint64_t kLeastStack = (uint64_t)64 << 20;
 
 typedef struct {
-  int argc;
-  char** argv;
-  int status;
-} Run;
+  const char* name;
+  size_t offset; /* in the table of functions */
+} Function;
 
-#ifdef _WIN32
+static const Function kFunctions[] = {
+#define FUNCTION(name) {#name, offsetof(KivInterface_Implementation_t, name)},
+    RECORDED_FUNCTIONS(FUNCTION)
+#undef FUNCTION
+        {NULL, 0}};
+static const Function kLogFunctions[] = {
+    {"logCreate", offsetof(KivInterface_Implementation_t, logCreate)},
+    {"logFree", offsetof(KivInterface_Implementation_t, logFree)},
+    {NULL, 0}};
 
-static DWORD WINAPI run(LPVOID argument) {
-  Run* program = argument;
-  program->status = recordedMain(program->argc, program->argv);
+/* What the library lists. */
+static const KivInterface_t** providers;
+static uint32_t providerCount;
+
+/* The library's own function has been called by then. */
+Kiv_ErrorHandle_t KivInterface_getProviders(
+    const KivInterface_t*** providerList, uint32_t* numProviders) {
+  *providerList = providers;
+  *numProviders = providerCount;
   return 0;
 }
 
-static int runWithStack(Run* program, size_t stackSize) {
-  HANDLE thread = CreateThread(NULL, stackSize, run, program,
-                               STACK_SIZE_PARAM_IS_A_RESERVATION, NULL);
-  if (!thread) return 0;
-  WaitForSingleObject(thread, INFINITE);
-  CloseHandle(thread);
-  return 1;
+static int refuse(const char* reason) {
+  fprintf(stderr, "%s: %s\n", BACKEND_LIBRARY, reason);
+  return kFailed;
 }
 
-#else
-
-static void* run(void* argument) {
-  Run* program = argument;
-  program->status = recordedMain(program->argc, program->argv);
-  return NULL;
+/* Returns 0, or the program's exit status. */
+static int askForProviders(KivInterface_GetProvidersFn_t getProviders) {
+  if (!getProviders)
+    return refuse("the library has no KivInterface_getProviders");
+  const Kiv_ErrorHandle_t status = getProviders(&providers, &providerCount);
+  if (status != 0) {
+    fprintf(stderr, "%s: the library refuses to list its providers with %u\n",
+            BACKEND_LIBRARY, (unsigned)status);
+    return kFailed;
+  }
+  if (!providers || providerCount == 0 || !providers[0])
+    return refuse("the library lists no providers");
+  return 0;
 }
 
-static int runWithStack(Run* program, size_t stackSize) {
-  pthread_attr_t attributes;
-  if (pthread_attr_init(&attributes) != 0) return 0;
-  pthread_t thread;
-  const int started = pthread_attr_setstacksize(&attributes, stackSize) == 0 &&
-                      pthread_create(&thread, &attributes, run, program) == 0;
-  pthread_attr_destroy(&attributes);
-  return started && pthread_join(thread, NULL) == 0;
+static int checkFunctions(const Function* function) {
+  const char* table = (const char*)&providers[0]->KIV_INTERFACE_VER_NAME;
+  for (; function->name; ++function) {
+    void (*entry)(void);
+    memcpy(&entry, table + function->offset, sizeof(entry));
+    if (entry) continue;
+    fprintf(stderr, "%s: the backend lacks %s, which the recording calls\n",
+            BACKEND_LIBRARY, function->name);
+    return kFailed;
+  }
+  return 0;
 }
 
+static int checkBackend(int argc) {
+  void* library = openLibrary(BACKEND_LIBRARY);
+  if (!library) return refuse(libraryError());
+  int status = askForProviders(getProvidersOf(library));
+  if (status == 0) status = checkFunctions(kFunctions);
+  /* Every argument of the program turns on the log, or ends it. */
+  if (status == 0 && argc > 1) status = checkFunctions(kLogFunctions);
+  return status;
+}
+
+/* A program that was changed by hand may read what cannot be foreseen. */
+static int checkDataFile(void) {
+#ifdef RECORDED_DATA_FILE
+  const int64_t size = fileSize(RECORDED_DATA_FILE);
+  if (size < 0) return 0; /* The program says that there is none. */
+  if (size < RECORDED_DATA_LEAST || size > RECORDED_DATA_MOST) {
+    fprintf(stderr,
+            "%s: the data file is too %s: the calls read %" PRId64
+            " bytes, it has %" PRId64 "\n",
+            RECORDED_DATA_FILE, size < RECORDED_DATA_LEAST ? "short" : "long",
+            (int64_t)RECORDED_DATA_LEAST, size);
+    return kUnreadable;
+  }
 #endif
+  return 0;
+}
 
 /* A smaller stack may do where the system refuses the wanted one. */
 static int runWithLargeStack(Run* program) {
-  size_t stackSize = kLeastStack + kStackPerByte * PROGRAM_SIZE;
+  uint64_t stackSize = kLeastStack + kStackPerByte * RECORDED_PROGRAM_SIZE;
   for (; stackSize >= kLeastStack / 8; stackSize /= 2)
-    if (runWithStack(program, stackSize)) return 1;
+    if (runWithStack(program, (size_t)stackSize)) return 1;
   return 0;
 }
 
@@ -91,14 +135,17 @@ static int exitStatus(int status) {
 }
 
 int main(int argc, char** argv) {
-  if (chdir(RECORDING_DIRECTORY) != 0) {
+  if (!changeDirectory(RECORDING_DIRECTORY)) {
     perror(RECORDING_DIRECTORY);
-    return 1;
+    return kUnreadable;
   }
-  Run program = {argc, argv, 1};
+  int status = checkDataFile();
+  if (status == 0) status = checkBackend(argc);
+  if (status != 0) return status;
+  Run program = {recordedMain, argc, argv, 1};
   if (!runWithLargeStack(&program)) {
     fprintf(stderr, "No thread could be started for the recorded program\n");
-    return 1;
+    return kFailed;
   }
   return exitStatus(program.status);
 }

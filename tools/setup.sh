@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(
   g++ clang cmake ninja-build binutils git systemtap-sdt-dev
   libgtest-dev libgmock-dev valgrind
-  libcli11-dev libonnx-dev libprotobuf-dev protobuf-compiler libonnx-testdata
+  libcli11-dev libfmt-dev nlohmann-json3-dev help2man
+  libonnx-dev libprotobuf-dev protobuf-compiler libonnx-testdata
   clang-format clang-tidy
   g++-mingw-w64-x86-64-posix googletest wine wine64
 )

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs compare_calls.sh over every network below a directory and prints how
-# many the client accepted, how many of these compiled and gave identical
-# calls, and the names of those that did not.
+# many the client accepted, how many of these gave identical calls, compiled by
+# both compilers and replayed by kiv-recording, and the names of those that did
+# not.
 #
 #   all_networks.sh [BUILD_DIRECTORY [NETWORKS]]
 set -euo pipefail
@@ -13,6 +14,8 @@ build=$(cd "$build" && pwd)
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
 export here build results
+export KIV_RECORDING=$build/bin/kiv-recording
+export KIV_RECORD_AGAIN=$build/tests/recording/record_again
 
 compare() {
   local status=0 name

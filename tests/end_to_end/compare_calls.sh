@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# Records what a client does with its argument, compiles the recording with each
-# compiler, replays it on Tracer and compares the calls with those of the client
-# running on Tracer itself.
+# Records what a client does with its argument, replays it on Tracer, compiled by
+# each compiler and by kiv-recording, and compares the calls with those of the
+# client running on Tracer itself.
 #
 #   compare_calls.sh CLIENT SAVER TRACER ARGUMENT COMPILER...
 #
-# For compilers and the environment see replay_on_tracer.sh. Ends with 0 when every replay
-# makes the client's calls, 77 when the client does not accept the network, 1
-# otherwise.
+# The calls made on the Saver (by KIV_RECORD_AGAIN) give the same recording. For
+# compilers and the environment see replay_on_tracer.sh. Ends with 0 when every
+# replay makes the client's calls, 77 when the client does not accept the
+# network, 1 otherwise.
 set -euo pipefail
 
 client=$1 saver=$2 tracer=$3 argument=$4
@@ -50,4 +51,15 @@ for compiler in "$@"; do
     fail "the replay built by $compiler makes other calls"
   }
 done
+
+${emulator:+"$emulator"} "$KIV_RECORD_AGAIN" "$drive$work/recording" \
+  "$drive$saver" "$drive$work/again" >"$work/log" 2>&1 || {
+  head -n 20 "$work/log"
+  fail 'the reader does not make the calls on the Saver'
+}
+for file in saver_output.c params.bin; do
+  cmp "$work/recording/$file" "$work/again/$file" ||
+    fail 'the reader does not make the same recording again'
+done
+
 echo "$argument: identical, $(wc -l <"$work/direct") calls"

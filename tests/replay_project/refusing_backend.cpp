@@ -1,5 +1,6 @@
 // A backend that prints the name of each call and does nothing. The call that
-// KIV_REFUSE names fails with KIV_REFUSE_STATUS.
+// KIV_REFUSE names fails with KIV_REFUSE_STATUS; KIV_LACK=providers leaves the
+// list of providers empty, KIV_LACK=graphFinalize leaves that function out.
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,13 +13,22 @@ namespace {
 int object;
 uint32_t nextTensorId = 1;
 
-Kiv_ErrorHandle_t answer(const char* name) {
-  std::puts(name);
+bool lacks(const char* name) {
+  const char* lacked = std::getenv("KIV_LACK");
+  return lacked != nullptr && std::strcmp(lacked, name) == 0;
+}
+
+Kiv_ErrorHandle_t statusOf(const char* name) {
   const char* refused = std::getenv("KIV_REFUSE");
   const char* status = std::getenv("KIV_REFUSE_STATUS");
   if (refused == nullptr || status == nullptr) return KIV_SUCCESS;
   if (std::strcmp(refused, name) != 0) return KIV_SUCCESS;
   return std::strtoul(status, nullptr, 10);
+}
+
+Kiv_ErrorHandle_t answer(const char* name) {
+  std::puts(name);
+  return statusOf(name);
 }
 
 Kiv_ErrorHandle_t create(const char* name, void** handle) {
@@ -61,6 +71,7 @@ KivInterface_t provider() {
   api.graphExecute = [](auto, auto, auto, auto, auto, auto, auto) {
     return answer("graphExecute");
   };
+  if (lacks("graphFinalize")) api.graphFinalize = nullptr;
   return made;
 }
 
@@ -71,6 +82,6 @@ Kiv_ErrorHandle_t KivInterface_getProviders(
   static const KivInterface_t only = provider();
   static const KivInterface_t* list[] = {&only};
   *providerList = list;
-  *numProviders = 1;
-  return KIV_SUCCESS;
+  *numProviders = lacks("providers") ? 0 : 1;
+  return statusOf("getProviders");
 }

@@ -1,12 +1,13 @@
 #!/bin/sh
 # replay_project_test.sh SOURCE_TREE SAMPLE BACKEND C_COMPILER C_FLAGS \
-#   WORK_DIRECTORY
+#   WORK_DIRECTORY KIV_RECORDING
 #
 # Builds and runs recordings through the replay project as a user does. The
-# backend prints its calls and refuses the one that KIV_REFUSE names.
+# backend prints its calls and refuses the one that KIV_REFUSE names. Whatever
+# ends a compiled recording ends kiv-recording replay in the same way.
 set -eu
 
-source=$1 sample=$2 backend=$3 compiler=$4 flags=$5 work=$6
+source=$1 sample=$2 backend=$3 compiler=$4 flags=$5 work=$6 recorder=$7
 
 fail() {
   echo "FAILED: $*" >&2
@@ -17,7 +18,8 @@ configure() { # BUILD OPTIONS...
   build=$1
   shift
   cmake -G Ninja -S "$source/replay" -B "$build" \
-    -DCMAKE_C_COMPILER="$compiler" -DCMAKE_C_FLAGS="$flags" "$@"
+    -DCMAKE_C_COMPILER="$compiler" -DCMAKE_C_FLAGS="$flags" \
+    -DKIV_RECORDING="$recorder" "$@"
 }
 
 # Runs a command and compares its exit status.
@@ -39,6 +41,14 @@ expect_in_output() { # TEXT
     fail "no '$1' in: $(cat output.txt)"
 }
 
+# Both ways end with that status and the text in their output.
+expect_both() { # STATUS TEXT
+  expect_status "$1" build/replay
+  expect_in_output "$2"
+  expect_status "$1" "$recorder" replay "a recording" --backend "$backend"
+  expect_in_output "$2"
+}
+
 # Makes the recording one that ends behind the first line with TEXT.
 cut_behind() { # TEXT
   sed "/$1/q" "$sample/saver_output.c" >"a recording/saver_output.c"
@@ -58,7 +68,7 @@ cp "$sample/saver_output.c" "$sample/params.bin" "a recording"
 configure build -DRECORDING="a recording" -DBACKEND="$backend" \
   -DREPLAY_ARGS='-l verbose' >configure.txt
 expect_status 0 cmake --build build --target run
-expect_in_output "The recording is complete: 11 calls."
+expect_in_output "11 calls, nothing changed"
 expect_in_output "logCreate backendCreate"
 expect_in_output "contextFree backendFree logFree"
 expect_status 0 build/replay
@@ -68,26 +78,58 @@ expect_output "$calls"
 expect_status 255 build/replay --bogus
 expect_in_output "Usage: build/replay [options]"
 export KIV_REFUSE=graphAddNode KIV_REFUSE_STATUS=7003
-expect_status $((7003 % 256)) build/replay
 line=$(grep -n graphAddNode "a recording/saver_output.c" | cut -d: -f1)
-expect_in_output "graphAddNode ERROR! Line $line with error value: 7003 "
-KIV_REFUSE_STATUS=5120 expect_status 1 build/replay
+expect_both $((7003 % 256)) \
+  "graphAddNode ERROR! Line $line with error value: 7003 "
+expect_in_output KIV_TENSOR_ERROR_ALREADY_EXISTS
+KIV_REFUSE_STATUS=5120
+expect_both 1 'with error value: 5120'
 expect_status 1 cmake --build build --target run
-KIV_REFUSE_STATUS=1000 expect_status 0 build/replay
-expect_in_output "KIV feature/API not supported graphFinalize"
+KIV_REFUSE_STATUS=1000
+expect_both 0 "KIV feature/API not supported graphFinalize"
 unset KIV_REFUSE
+
+# A library that will not do is refused before the first call.
+KIV_REFUSE=getProviders KIV_REFUSE_STATUS=4000 expect_both 1 4000
+for lacked in providers graphFinalize; do
+  KIV_LACK=$lacked
+  export KIV_LACK
+  expect_both 1 "$([ $lacked = providers ] && echo provider || echo $lacked)"
+  ! grep -q backendCreate output.txt || fail "a call was made"
+done
+unset KIV_LACK
+
+# So is a data file that is not the recording's.
+truncate -s -1 "a recording/params.bin"
+size=$(wc -c <"$sample/params.bin")
+expect_both 2 "$((size - 1))"
+expect_in_output "$size"
+truncate -s +2 "a recording/params.bin"
+expect_both 2 "$((size + 1))"
+cp "$sample/params.bin" "a recording"
 
 # The recording changes: its client died in the middle of a later call.
 cut_behind 'graphFinalize'
 cp "a recording/saver_output.c" before.c
 expect_status 0 cmake --build build
-expect_in_output "Completed a copy behind its 7 whole calls"
+expect_in_output "gave 7 whole calls an end"
 expect_status 0 build/replay
 expect_output "$first_calls"
 cmp before.c "a recording/saver_output.c" || fail "the recording was changed"
 cut_behind 'int main'
 expect_status 1 cmake --build build
-expect_in_output "holds no whole program header, nothing to replay"
+expect_in_output "holds no whole program header"
+
+# Line ends of Windows, other indentation, a footer that says more, a call of
+# the person's own: compiled as it is.
+sed -e 's/$/\r/; s/^   /\t/' -e "s/fclose(fp)) error = -1;/&\
+  puts(\"changed\");/" "$sample/saver_output.c" >"a recording/saver_output.c"
+expect_status 0 cmake --build build
+expect_in_output "11 calls, nothing changed"
+cmp build/program/recorded_program.c "a recording/saver_output.c" ||
+  fail "the changed program was changed again"
+expect_status 0 build/replay
+expect_in_output "$calls changed"
 
 # Local variables of far more than the usual eight megabytes. The address of
 # one is passed on, so that it is there whatever the compiler makes of it.
@@ -138,12 +180,27 @@ configure named -DMODEL_FILE=second.c >configure.txt
 expect_status 0 cmake --build named --target run
 expect_in_output "Reading $work/other/second.c"
 
+# Any character in a path. A library of another name is taken for what it is.
+strange='a "b" #c $d | e;f\g '"'h'"
+mkdir "$strange"
+cp "$sample"/* "$strange"
+cp "$backend" "$strange/lib 1.so"
+configure strange_build -DRECORDING="$strange" \
+  -DBACKEND="$strange/lib 1.so" >configure.txt
+expect_status 0 cmake --build strange_build
+expect_status 0 strange_build/replay
+expect_output "$calls"
+
 # The installed project finds the installed headers.
 mkdir -p prefix/share/kiv-saver prefix/include
 cp -r "$source/replay" prefix/share/kiv-saver
 cp -r "$source/include" prefix/include/kiv
 source=$work/prefix/share/kiv-saver
+mkdir prefix/bin
+cp "$recorder" prefix/bin
+recorder=''
 configure installed -DRECORDING="$work/other" -DMODEL_FILE=first.c \
   -DBACKEND="$backend" >configure.txt
 grep -q "KIV_INCLUDE_DIR:PATH=$work/prefix/include/kiv" installed/CMakeCache.txt ||
   fail "the installed headers were not found"
+expect_status 0 cmake --build installed

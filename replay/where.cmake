@@ -1,0 +1,2 @@
+# Prints the directory that it is run in.
+message("${CMAKE_CURRENT_BINARY_DIR}")

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// What the command asks of the system beyond the standard library. From any
+// thread.
+namespace kiv::tool {
+
+// Whether somebody reads standard error as it is written.
+bool isErrorTerminal();
+
+// What follows the program's name, in UTF-8.
+std::vector<std::string> utf8Arguments(int argc, char** argv);
+
+// Keeps the bytes of standard output as they are written: no line gets another
+// end.
+void useBinaryOutput();
+
+}  // namespace kiv::tool
