@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Includes run one way: a folder of src/ includes itself, folders behind it in
-# the list below, the public headers, and the texts that the build embeds.
+# the list below, the public headers, and the texts that the build embeds. The
+# reader of recordings shares src/format with the recorder, and no more.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../../src"
 
@@ -29,4 +30,18 @@ for folder in */; do
     status=1
   fi
 done
+cd ..
+if grep -nE '# *include +"(api|recorders|writers|session|output|diagnostics|platform)/' \
+  -r recording tools; then
+  echo "the reader and the tools take nothing of the recorder but src/format"
+  status=1
+fi
+if grep -nE '# *include +"recording/' -r src; then
+  echo "the recorder does not know the reader"
+  status=1
+fi
+if grep -nE '^ *# *if' -r recording tools --include='*.h' --include='*.cpp'; then
+  echo "conditional code belongs into a file for each system"
+  status=1
+fi
 exit $status
