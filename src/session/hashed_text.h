@@ -19,22 +19,31 @@ struct HashedText {
   explicit HashedText(std::string_view characters)
       : text(characters), hash(hashOf(characters)) {}
 
-  // Eight bytes at a step.
+  // Eight bytes at a step, the last of which overlap those before.
   static std::size_t hashOf(std::string_view text) noexcept {
     constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;
     constexpr std::size_t kStep = sizeof(std::uint64_t);
     std::uint64_t hash = text.size() * kOdd;
-    const auto mix = [&hash](const char* from, std::size_t size) {
-      std::uint64_t word = 0;
-      std::memcpy(&word, from, size);
+    const auto mix = [&hash](std::uint64_t word) {
       hash = (hash ^ word) * kOdd;
       hash ^= hash >> 32;
     };
-    const char* from = text.data();
-    std::size_t rest = text.size();
-    for (; rest >= kStep; rest -= kStep, from += kStep) mix(from, kStep);
-    if (rest != 0) mix(from, rest);
+    if (text.size() < kStep) {
+      std::uint64_t word = 0;
+      for (const char c : text)
+        word = word << 8 | static_cast<unsigned char>(c);
+      mix(word);
+      return hash;
+    }
+    const std::size_t last = text.size() - kStep;
+    for (std::size_t at = 0; at < last; at += kStep) mix(wordAt(text, at));
+    mix(wordAt(text, last));
     return hash;
+  }
+  static std::uint64_t wordAt(std::string_view text, std::size_t at) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data() + at, sizeof(word));
+    return word;
   }
 
   std::string_view text;

@@ -8,16 +8,7 @@
 namespace kiv::session {
 namespace {
 
-// "_" and a number.
-void appendCounter(std::string& name, std::uint32_t counter) {
-  std::array<char, format::kMostNumberCharacters> digits{};
-  const auto* const end = format::formatNumber(digits.data(), counter);
-  name += '_';
-  name.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
-}
-
-// A name read as base + "_" + number, in the form that appendCounter() gives
-// it.
+// A name read as base + "_" + number, in the form that unique() gives it.
 struct Numbered {
   std::string_view base;
   std::uint32_t number;
@@ -51,13 +42,11 @@ void count(Counts& counts, std::string_view suffix, std::uint32_t change) {
 }  // namespace
 
 Names::Candidate::Candidate(std::string_view text) : name(text) {
-  std::size_t end = text.size();
-  for (int words = 0; words < format::kMostSuffixWords && end > 0; ++words) {
-    const std::size_t underscore = text.rfind('_', end - 1);
-    if (underscore == std::string_view::npos || underscore == 0) return;
-    end = underscore;
-    if (format::mayBeDerived(text.substr(underscore + 1)))
-      underscores[count++] = underscore;
+  int words = 0;
+  for (std::size_t i = text.size(); i-- > 1;) {
+    if (text[i] != '_') continue;
+    if (format::mayBeDerived(text.substr(i + 1))) underscores[count++] = i;
+    if (++words == format::kMostSuffixWords) return;
   }
 }
 
@@ -114,25 +103,48 @@ void Names::release(std::string_view text) noexcept {
 
 // The result lives until the next name is made.
 std::string_view Names::nextFree(std::string_view text, Family family) {
-  std::string& name = candidateText_;
-  name = text;
+  constexpr std::size_t kMostOfCounter = 1 + format::kMostNumberCharacters;
+  const auto makeRoom = [this](std::size_t size) {
+    if (candidateText_.size() < size) candidateText_.resize(2 * size);
+  };
+  std::size_t baseSize = text.size();
+  makeRoom(baseSize + kMostOfCounter);
+  text.copy(candidateText_.data(), baseSize);
   for (;;) {
-    const HashedText base(name);
-    auto counter = counters_.find(base);
-    if (counter == counters_.end())
-      counter = counters_.emplace(HashedString(base), Counter{}).first;
-    const std::size_t baseSize = name.size();
-    appendCounter(name, counter->second.next);
-    const Candidate candidate(name);
-    const Obstacle found = obstacle(candidate, family);
-    if (found == Obstacle::kNone) countBlocked(candidate);
-    ++counter->second.next;
-    counter->second.families |= maskOf(family);
-    if (found == Obstacle::kNone) return name;
+    const HashedText base({candidateText_.data(), baseSize});
+    auto found = counters_.find(base);
+    if (found == counters_.end())
+      found = counters_.emplace(HashedString(base), Counter{}).first;
+    Counter& counter = found->second;
+    char* const end = candidateText_.data() + baseSize;
+    *end = '_';
+    const std::string_view name(candidateText_.data(),
+                                format::formatNumber(end + 1, counter.next));
+    const Obstacle obstacle = countIfFree(name, family, counter);
+    ++counter.next;
+    counter.families |= maskOf(family);
+    if (obstacle == Obstacle::kNone) return name;
     // With kBroughtAlong the next numbers belong to the same owner, so one more
     // is put behind this one.
-    if (found == Obstacle::kTaken) name.resize(baseSize);
+    if (obstacle == Obstacle::kTaken) continue;
+    baseSize = name.size();
+    makeRoom(baseSize + kMostOfCounter);
   }
+}
+
+// All names of a counter end alike, so that the first one stands for the next
+// ones. Of names with a number, those with an underscore in front are reserved.
+Names::Obstacle Names::countIfFree(std::string_view name, Family family,
+                                   Counter& counter) {
+  if (!counter.mayMeet) {
+    return isDeclaredOrBlocked(HashedText(name), family) ? Obstacle::kTaken
+                                                         : Obstacle::kNone;
+  }
+  const Candidate candidate(name);
+  const Obstacle found = obstacle(candidate, family);
+  if (found == Obstacle::kNone) countBlocked(candidate);
+  counter.mayMeet = candidate.count != 0 || name.starts_with('_');
+  return found;
 }
 
 // Whether a variable has the name, with or without a counter.
@@ -163,15 +175,22 @@ bool Names::bringsAlong(const HashedText& owner,
   return false;
 }
 
+// Whether a variable without a counter has the name, or a variable with it
+// would bring along one that there is.
+bool Names::isDeclaredOrBlocked(const HashedText& name, Family family) const {
+  if (!variables_.empty() && variables_.contains(name)) return true;
+  if (blocked_.empty()) return false;
+  const auto found = blocked_.find(name);
+  return found != blocked_.end() &&
+         found->second[static_cast<std::size_t>(family)] != 0;
+}
+
 // A name's own counter is not asked: its numbers from next on are free.
 Names::Obstacle Names::obstacle(const Candidate& candidate,
                                 Family family) const {
   const HashedText& name = candidate.name;
-  if (format::isReservedIdentifier(name.text) || variables_.contains(name))
-    return Obstacle::kTaken;
-  if (const auto found = blocked_.find(name);
-      found != blocked_.end() &&
-      found->second[static_cast<std::size_t>(family)] != 0)
+  if (format::isReservedIdentifier(name.text) ||
+      isDeclaredOrBlocked(name, family))
     return Obstacle::kTaken;
   Obstacle result = Obstacle::kNone;
   candidate.forEachSplit([&](HashedText owner, std::string_view suffix) {

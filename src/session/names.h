@@ -57,6 +57,9 @@ class Names {
     std::uint32_t next = 0;
     // Bit by bit, the families that its names have.
     std::uint16_t families = 0;
+    // Whether its names may be reserved, or be brought along by a variable, as
+    // far as is known.
+    bool mayMeet = true;
   };
 
   // A name, and each way to read it as an owner's name, "_" and a suffix that
@@ -75,7 +78,9 @@ class Names {
   };
 
   std::string_view nextFree(std::string_view base, Family family);
+  Obstacle countIfFree(std::string_view name, Family family, Counter& counter);
   Obstacle obstacle(const Candidate& candidate, Family family) const;
+  bool isDeclaredOrBlocked(const HashedText& name, Family family) const;
   bool isTaken(const HashedText& name) const;
   bool bringsAlong(const HashedText& owner, std::string_view suffix) const;
   void countBlocked(const Candidate& candidate);
