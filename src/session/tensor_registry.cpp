@@ -34,7 +34,8 @@ std::uint32_t TensorRegistry::nextNumber() {
 
 // Ids of one owner are often consecutive, so the row's place can be guessed.
 TensorRegistry::Row* TensorRegistry::find(std::uint32_t id) const {
-  if (rows_.empty() || id < rows_.front().id) return nullptr;
+  if (rows_.empty() || id < rows_.front().id || id > rows_.back().id)
+    return nullptr;
   const std::size_t guess = id - rows_.front().id;
   if (guess < rows_.size() && rows_[guess].id == id) return &rows_[guess];
   const auto found = std::ranges::lower_bound(rows_, id, {}, &Row::id);
@@ -54,7 +55,9 @@ TensorRegistry::Added TensorRegistry::add(
   }
   const std::uint32_t number = creation ? creation->number : kNotRecorded;
   const std::uint32_t program = creation ? creation->programNumber : 0;
-  const auto place = std::ranges::upper_bound(rows_, id, {}, &Row::id);
+  const auto place = rows_.empty() || rows_.back().id < id
+                         ? rows_.end()
+                         : std::ranges::upper_bound(rows_, id, {}, &Row::id);
   rows_.insert(place, {id, number, program, program, nameHash});
   return Added::kYes;
 }
