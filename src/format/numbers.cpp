@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 namespace kiv::format {
 namespace {
@@ -12,6 +13,16 @@ constexpr std::string_view kNaN = "(0.0f/0.0f)";
 constexpr std::string_view kInfinity = "(1.0f/0.0f)";
 constexpr std::string_view kMinusInfinity = "(-1.0f/0.0f)";
 constexpr std::string_view kMinusZero = "-0.0";
+
+// "00", "01" and so on up to "99".
+constexpr auto kPairs = [] {
+  std::array<char, 200> digits{};
+  for (std::size_t i = 0; i < digits.size() / 2; ++i) {
+    digits[2 * i] = static_cast<char>('0' + i / 10);
+    digits[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return digits;
+}();
 
 constexpr int kSignificantDigits = 9;
 
@@ -46,23 +57,42 @@ char* formatOrdinary(char* text, double value) {
   if (digits < kOneTooMany / 10 || digits >= kOneTooMany) return nullptr;
   std::array<char, kMostNumberCharacters> all{};
   formatNumber(all.data(), digits);
-  std::size_t count = kSignificantDigits;
-  const auto whole = static_cast<std::size_t>(std::max(exponent + 1, 0));
-  while (count > whole && all[count - 1] == '0') --count;
+  std::ptrdiff_t count = kSignificantDigits;
+  const std::ptrdiff_t whole = std::max(exponent + 1, 0);
+  while (count > whole && all[static_cast<std::size_t>(count) - 1] == '0')
+    --count;
+  // More is copied than is shown, since copies of a fixed size cost less.
   if (exponent < 0) {
-    text = std::ranges::copy(std::string_view("0.000").substr(
-                                 0, static_cast<std::size_t>(1 - exponent)),
-                             text)
-               .out;
+    constexpr std::string_view kZeros = "0.000";
+    std::memcpy(text, kZeros.data(), kZeros.size());
+    text += 1 - exponent;
+    std::memcpy(text, all.data(), kSignificantDigits);
+    return text + count;
   }
-  for (std::size_t i = 0; i < count; ++i) {
-    if (i == whole && exponent >= 0) *text++ = '.';
-    *text++ = all[i];
-  }
-  return text;
+  std::memcpy(text, all.data(), kSignificantDigits);
+  if (count == whole) return text + count;
+  text[whole] = '.';
+  std::memcpy(text + whole + 1, all.data() + whole, kSignificantDigits - 1);
+  return text + count + 1;
 }
 
 }  // namespace
+
+// Most numbers are sizes of tensors.
+char* formatUnsigned(char* text, std::uint64_t number) {
+  constexpr std::uint64_t kFourDigits = 1000;
+  if (number >= kFourDigits)
+    return std::to_chars(text, text + kMostNumberCharacters, number).ptr;
+  const std::uint64_t hundreds = number / 100;
+  if (hundreds != 0) *text++ = static_cast<char>('0' + hundreds);
+  const char* pair = &kPairs[2 * (number - 100 * hundreds)];
+  if (number < 10) {
+    *text = pair[1];
+    return text + 1;
+  }
+  std::memcpy(text, pair, 2);
+  return text + 2;
+}
 
 char* formatNumber(char* text, float value) {
   const auto word = [text](std::string_view fixed) {

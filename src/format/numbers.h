@@ -3,6 +3,7 @@
 #include <charconv>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <string_view>
@@ -20,9 +21,17 @@ inline constexpr std::size_t kMostNumberCharacters = 24;
 
 // Writes a number where kMostNumberCharacters are free and returns the end of
 // its text, which has no zero behind it.
+char* formatUnsigned(char* text, std::uint64_t number);
 template <std::integral Number>
 char* formatNumber(char* text, Number number) {
-  return std::to_chars(text, text + kMostNumberCharacters, number).ptr;
+  const auto bits = static_cast<std::uint64_t>(number);
+  if constexpr (std::signed_integral<Number>) {
+    if (number < 0) {
+      *text = '-';
+      return formatUnsigned(text + 1, 0 - bits);
+    }
+  }
+  return formatUnsigned(text, bits);
 }
 
 // A float is a C constant that reads back as the same value: nine significant

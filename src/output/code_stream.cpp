@@ -18,29 +18,39 @@ constexpr std::size_t kMostKept = std::size_t{1} << 20;
 
 constexpr std::uint64_t kOnes = 0x0101010101010101;
 
-// Whether one of a word's bytes is a backslash, or below '#', as quotes and
-// line ends are, and blanks.
-constexpr bool mayBeUnsafe(std::uint64_t word) {
+// Has the highest bit of a byte set where one of the word's bytes is a
+// backslash, or below '#', as quotes and line ends are, and blanks.
+constexpr std::uint64_t suspects(std::uint64_t word) {
   const std::uint64_t backslashes = word ^ (kOnes * '\\');
-  return (((word - kOnes * '#') & ~word) |
-          ((backslashes - kOnes) & ~backslashes)) &
-         (kOnes << 7);
+  return ((word - kOnes * '#') & ~word) |
+         ((backslashes - kOnes) & ~backslashes);
 }
 
-// format::isUnsafeInLiteral(), fast for texts that mostly are not: by words,
-// the last of which overlaps the one before.
-bool isUnsafe(std::string_view text) {
-  constexpr std::size_t kStep = sizeof(std::uint64_t);
-  if (text.size() < kStep) return format::isUnsafeInLiteral(text);
-  bool isSuspect = false;
-  const auto look = [&](std::size_t at) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, text.data() + at, kStep);
-    isSuspect |= mayBeUnsafe(word);
+// Copies a text by words, the last of which overlaps the one before, and
+// returns whether it may be unsafe in a literal, which most texts are not.
+template <typename Word>
+bool copyWords(char* to, std::string_view text) {
+  std::uint64_t found = 0;
+  const auto copy = [&](std::size_t at) {
+    Word word = 0;
+    std::memcpy(&word, text.data() + at, sizeof(word));
+    std::memcpy(to + at, &word, sizeof(word));
+    found |= suspects(word);
   };
-  for (std::size_t at = 0; at + kStep <= text.size(); at += kStep) look(at);
-  look(text.size() - kStep);
-  return isSuspect && format::isUnsafeInLiteral(text);
+  const std::size_t last = text.size() - sizeof(Word);
+  for (std::size_t at = 0; at < last; at += sizeof(Word)) copy(at);
+  copy(last);
+  constexpr auto kSuspect = static_cast<Word>(kOnes << 7);
+  return (found & kSuspect) != 0;
+}
+
+bool copySuspect(char* to, std::string_view text) {
+  if (text.size() >= sizeof(std::uint64_t))
+    return copyWords<std::uint64_t>(to, text);
+  if (text.size() >= sizeof(std::uint32_t))
+    return copyWords<std::uint32_t>(to, text);
+  for (const char c : text) *to++ = c;
+  return true;
 }
 
 }  // namespace
@@ -79,18 +89,18 @@ void CodeStream::NameMemory::addBlock(std::size_t size) {
   auto block = std::make_unique_for_overwrite<char[]>(wanted);
   fullBlocks_.push_back(std::move(block_));
   block_ = std::move(block);
-  size_ = wanted;
-  used_ = 0;
+  next_ = block_.get();
+  limit_ = next_ + wanted;
 }
 
 // The first block has the usual size.
 void CodeStream::NameMemory::clear() {
   if (!fullBlocks_.empty()) {
     block_ = std::move(fullBlocks_.front());
-    size_ = kBlockSize;
+    limit_ = block_.get() + kBlockSize;
     fullBlocks_.clear();
   }
-  used_ = 0;
+  next_ = block_.get();
 }
 
 // ---- names ----
@@ -98,34 +108,25 @@ void CodeStream::NameMemory::clear() {
 Name CodeStream::joined(std::initializer_list<std::string_view> texts) {
   std::size_t size = 0;
   for (const std::string_view text : texts) size += text.size();
-  char* const memory = names_.take(size);
-  char* end = memory;
+  char* end = names_.room(size);
   for (const std::string_view text : texts) end = put(end, text);
-  return {{memory, size}};
+  return {names_.takeTo(end)};
 }
 
 Name CodeStream::tensorId(std::string_view owner, std::uint32_t number,
                           std::string_view member) {
   constexpr std::string_view kId = ".id";
   constexpr const format::PartRow& kRow = format::rowOf(Part::kGraphTensor);
-  const std::size_t most =
-      boundOfPart(kRow, owner, number) + 1 + member.size() + kId.size();
-  char* const text = names_.take(most);
-  char* end = putPart<Part::kGraphTensor>(text, owner, number);
+  char* end = names_.room(boundOfPart(kRow, owner, number) + 1 + member.size() +
+                          kId.size());
+  end = putPart<Part::kGraphTensor>(end, owner, number);
   *end++ = '.';
-  end = put(put(end, member), kId);
-  const auto size = static_cast<std::size_t>(end - text);
-  names_.giveBack(most - size);
-  return {{text, size}};
+  return {names_.takeTo(put(put(end, member), kId))};
 }
 
 std::string_view CodeStream::sanitized(std::string_view clientName) {
-  const std::size_t most = format::sanitizedSize(clientName);
-  char* const text = names_.take(most);
-  const char* end = format::sanitizeIdentifier(clientName, text);
-  const auto size = static_cast<std::size_t>(end - text);
-  names_.giveBack(most - size);
-  return {text, size};
+  char* const to = names_.room(format::sanitizedSize(clientName));
+  return names_.takeTo(format::sanitizeIdentifier(clientName, to));
 }
 
 // ---- lines ----
@@ -133,29 +134,36 @@ std::string_view CodeStream::sanitized(std::string_view clientName) {
 void CodeStream::appendArguments(std::initializer_list<Argument> arguments) {
   bool isFirst = true;
   for (const Argument& argument : arguments) {
-    if (!isFirst) append(", ");
+    constexpr std::size_t kMostOfOthers = 4 + format::kMostNumberCharacters;
+    char* to = room(kSeparator.size() + argument.text_.size() + kMostOfOthers);
+    if (!isFirst) to = put(to, kSeparator);
     isFirst = false;
-    appendArgument(argument);
+    end_ = putArgument(to, argument);
   }
 }
 
-void CodeStream::appendArgument(const Argument& argument) {
+char* CodeStream::putArgument(char* to, const Argument& argument) {
   switch (argument.kind_) {
     case Argument::Kind::kText:
-      return appendNameOrNull({}, argument.text_);
+      return put(to,
+                 argument.text_.empty() ? format::kNullText : argument.text_);
     case Argument::Kind::kAddress:
-      return appendNameOrNull("&", argument.text_);
+      if (argument.text_.empty()) return put(to, format::kNullText);
+      *to++ = '&';
+      return put(to, argument.text_);
     case Argument::Kind::kCast:
-      append('(');
-      append(argument.text_);
-      append(')');
-      return appendNumber(argument.number_);
+      *to++ = '(';
+      to = put(to, argument.text_);
+      *to++ = ')';
+      return put(to, argument.number_);
     case Argument::Kind::kNumber:
-      return appendNumber(argument.number_);
+      return put(to, argument.number_);
     case Argument::Kind::kLiteral:
-      return appendLiteral(argument.number_ == 0 ? nullptr
-                                                 : argument.text_.data());
+      return putLiteral(to,
+                        argument.number_ == 0 ? nullptr : argument.text_.data(),
+                        argument.text_.size());
   }
+  return to;
 }
 
 void CodeStream::emitDeclaration(std::string_view type, Name name) {
@@ -402,10 +410,15 @@ void CodeStream::appendLiteral(const char* text) {
 char* CodeStream::putLiteral(char* to, const char* text, std::size_t size) {
   if (text == nullptr) return put(to, format::kNullText);
   *to++ = '"';
-  to = put(to, {text, size});
+  const bool isSuspect = copySuspect(to, {text, size});
+  to += size;
   *to++ = '"';
-  if (isUnsafe({text, size})) unsafeTexts_.push_back(text);
+  if (isSuspect) noteIfUnsafe({text, size});
   return to;
+}
+
+void CodeStream::noteIfUnsafe(std::string_view text) {
+  if (format::isUnsafeInLiteral(text)) unsafeTexts_.push_back(text.data());
 }
 
 }  // namespace kiv::output

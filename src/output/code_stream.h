@@ -38,12 +38,6 @@ struct Reference {
   Reference(const format::Member& chosen, Name variable = {})
       : name(variable.text), member(&chosen) {}
 
-  // At least the characters that the reference takes.
-  std::size_t bound() const {
-    return name.size() +
-           (member == nullptr ? 0 : member->lead.size() + member->tail.size());
-  }
-
   std::string_view name;
   const format::Member* member = nullptr;
 };
@@ -104,6 +98,9 @@ struct DataRun {
 class CodeStream {
  public:
   static constexpr std::string_view kIndent = "   ";
+  static constexpr std::string_view kArrayBegin = "[] = {";
+  static constexpr std::string_view kSeparator = ", ";
+  static constexpr std::string_view kEnd = "};\n";
 
   CodeStream();
   CodeStream(const CodeStream&) = delete;
@@ -115,6 +112,10 @@ class CodeStream {
   // The name of a variable's part: owner + "_word" + "_number"...
   template <format::Part kPart, format::Family kOwner, typename... Numbers>
   auto name(NameOf<kOwner> owner, Numbers... numbers);
+  // A text as a name.
+  Name copied(std::string_view text) {
+    return {names_.takeTo(put(names_.room(text.size()), text))};
+  }
   // Several texts as one name.
   Name joined(std::initializer_list<std::string_view> texts);
   // The id of a context's or graph's tensor: owner + "_tensor_number.v1.id".
@@ -225,15 +226,19 @@ class CodeStream {
   // Memory for the texts of names, which stay where they are.
   class NameMemory {
    public:
-    NameMemory() : block_(std::make_unique<char[]>(kBlockSize)) {}
-    char* take(std::size_t size) {
-      if (size_ - used_ < size) addBlock(size);
-      char* taken = block_.get() + used_;
-      used_ += size;
-      return taken;
+    NameMemory()
+        : block_(std::make_unique<char[]>(kBlockSize)),
+          next_(block_.get()),
+          limit_(next_ + kBlockSize) {}
+    // Where `size` characters are free, and are taken by takeTo() their end.
+    char* room(std::size_t size) {
+      if (static_cast<std::size_t>(limit_ - next_) < size) addBlock(size);
+      return next_;
     }
-    // Gives back the end of what was taken last.
-    void giveBack(std::size_t size) { used_ -= size; }
+    std::string_view takeTo(char* end) {
+      const char* const text = std::exchange(next_, end);
+      return {text, static_cast<std::size_t>(end - text)};
+    }
     void clear();
 
    private:
@@ -241,14 +246,21 @@ class CodeStream {
 
     static constexpr std::size_t kBlockSize = std::size_t{1} << 14;
     std::unique_ptr<char[]> block_;
-    std::size_t size_ = kBlockSize;
-    std::size_t used_ = 0;
+    char* next_;
+    char* limit_;
     std::vector<std::unique_ptr<char[]>> fullBlocks_;
   };
 
   // Room for `size` more characters at the text's end.
   char* room(std::size_t size) {
     if (static_cast<std::size_t>(limit_ - end_) < size) grow(size);
+    return end_;
+  }
+  // The same behind `to`, which is the text's end by then.
+  char* room(char* to, std::size_t size) {
+    if (static_cast<std::size_t>(limit_ - to) >= size) return to;
+    end_ = to;
+    grow(size);
     return end_;
   }
   void grow(std::size_t size);
@@ -315,7 +327,7 @@ class CodeStream {
            sizeof...(Numbers) * (1 + format::kMostNumberCharacters);
   }
   void appendArguments(std::initializer_list<Argument> arguments);
-  void appendArgument(const Argument& argument);
+  char* putArgument(char* to, const Argument& argument);
   void appendNameOrNull(std::string_view lead, std::string_view name);
   template <const format::Record& kRow>
   void appendRow(Name name, const std::byte* record,
@@ -324,6 +336,7 @@ class CodeStream {
   char* putField(char* to, const std::byte* record, const Reference* references,
                  const std::size_t* textSizes, std::size_t bound);
   char* putLiteral(char* to, const char* text, std::size_t size);
+  void noteIfUnsafe(std::string_view text);
   void appendInline(const format::Record& row, const std::byte* record);
   void appendValue(format::FieldKind kind, std::string_view type,
                    const format::Record* row, const std::byte* value,
@@ -368,15 +381,16 @@ inline void CodeStream::emitCall(std::string_view macro,
                                  std::string_view object,
                                  std::string_view function,
                                  std::initializer_list<Argument> arguments) {
-  append(kIndent);
-  append(macro);
-  append('(');
-  append(errorVar);
-  append(", ");
-  append(object);
-  append('.');
-  append(function);
-  append('(');
+  const std::size_t bound =
+      macro.size() + errorVar.size() + object.size() + function.size();
+  char* to = room(kIndent.size() + bound + 5);
+  to = put(put(to, kIndent), macro);
+  *to++ = '(';
+  to = put(put(put(to, errorVar), ", "), object);
+  *to++ = '.';
+  to = put(to, function);
+  *to++ = '(';
+  end_ = to;
   appendArguments(arguments);
   append("));\n");
 }
@@ -385,26 +399,27 @@ template <typename AppendElement>
 void CodeStream::emitArray(std::string_view type, Name name, std::size_t count,
                            AppendElement&& element) {
   begin(type, name);
-  append("[] = {");
+  append(kArrayBegin);
   for (std::size_t i = 0; i < count; ++i) {
-    if (i != 0) append(", ");
+    if (i != 0) append(kSeparator);
     element(i);
   }
-  append("};\n");
+  append(kEnd);
 }
 
 template <typename Number>
 void CodeStream::emitNumberArray(std::string_view type, Name name,
                                  const Number* numbers, std::size_t count) {
-  constexpr std::size_t kMostOfElement = 2 + format::kMostNumberCharacters;
+  constexpr std::size_t kMostOfElement =
+      kSeparator.size() + format::kMostNumberCharacters;
   begin(type, name);
-  append("[] = {");
+  char* to = put(room(kArrayBegin.size()), kArrayBegin);
   for (std::size_t i = 0; i < count; ++i) {
-    char* to = room(kMostOfElement);
-    if (i != 0) to = put(to, concatenated<2>({", "}));
-    end_ = put(to, numbers[i]);
+    to = room(to, kMostOfElement);
+    if (i != 0) to = put(to, kSeparator);
+    to = put(to, numbers[i]);
   }
-  append("};\n");
+  end_ = put(room(to, kEnd.size()), kEnd);
 }
 
 // ---- names ----
@@ -422,12 +437,9 @@ template <format::Part kPart, format::Family kOwner, typename... Numbers>
 auto CodeStream::name(NameOf<kOwner> owner, Numbers... numbers) {
   constexpr const format::PartRow& kRow = format::rowOf(kPart);
   static_assert(kRow.owner == kOwner && kRow.numbers == sizeof...(Numbers));
-  const std::size_t most = boundOfPart(kRow, owner.text, numbers...);
-  char* const text = names_.take(most);
-  const char* end = putPart<kPart>(text, owner.text, numbers...);
-  const auto size = static_cast<std::size_t>(end - text);
-  names_.giveBack(most - size);
-  return NameOf<kRow.derived>{{{text, size}}};
+  char* const to = names_.room(boundOfPart(kRow, owner.text, numbers...));
+  char* const end = putPart<kPart>(to, owner.text, numbers...);
+  return NameOf<kRow.derived>{{names_.takeTo(end)}};
 }
 
 template <format::Part kPart, format::Family kOwner, typename... Numbers>
@@ -436,10 +448,16 @@ void CodeStream::emitPartArray(std::string_view type, Name name,
                                Numbers... numbers) {
   constexpr const format::PartRow& kRow = format::rowOf(kPart);
   static_assert(kRow.owner == kOwner && kRow.numbers == sizeof...(Numbers) + 1);
-  emitArray(type, name, count, [&](std::size_t i) {
-    char* to = room(boundOfPart(kRow, owner.text, numbers..., i));
-    end_ = putPart<kPart>(to, owner.text, numbers..., i);
-  });
+  const std::size_t most =
+      kSeparator.size() + boundOfPart(kRow, owner.text, numbers..., count);
+  begin(type, name);
+  char* to = put(room(kArrayBegin.size()), kArrayBegin);
+  for (std::size_t i = 0; i < count; ++i) {
+    to = room(to, most);
+    if (i != 0) to = put(to, kSeparator);
+    to = putPart<kPart>(to, owner.text, numbers..., i);
+  }
+  end_ = put(room(to, kEnd.size()), kEnd);
 }
 
 }  // namespace kiv::output

@@ -79,7 +79,10 @@ void CodeStream::appendRow(Name name, const std::byte* record,
   constexpr std::size_t kReferences = countReferences(kRow.fields, kFields);
   std::array<std::size_t, countTexts(kRow.fields, kFields) + 1> textSizes{};
   std::size_t bound = fixedBound(kRow) + name.text.size();
-  for (std::size_t i = 0; i < kReferences; ++i) bound += references[i].bound();
+  for (std::size_t i = 0; i < kReferences; ++i)
+    bound += references[i].name.size();
+  if constexpr (kRow.fields.back().kind == format::FieldKind::kUnion)
+    bound += references[kReferences - 1].member->lead.size();
   std::size_t text = 0;
   for (const format::Field& field : kRow.fields) {
     if (field.kind != format::FieldKind::kText) continue;
@@ -95,8 +98,7 @@ void CodeStream::appendRow(Name name, const std::byte* record,
      ...);
   }
   (std::make_index_sequence<kFields>());
-  end_ = to;
-  append("};\n");
+  end_ = put(to, kEnd);
 }
 
 template <const format::Record& kRow, std::size_t kIndex>

@@ -20,7 +20,7 @@ constexpr std::string_view kConfigBase = "backendConfig";
 // Paths and names of the client's system read back as they are.
 Name escaped(RecordedCall& call, const char* text) {
   if (text == nullptr) return {};
-  return call.code().joined({format::escapedLiteral(text)});
+  return call.code().copied(format::escapedLiteral(text));
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ Name RecordedCall::find(const session::Registry<Object>& registry, void* handle,
     fail(ifUnknown);
     return {};
   }
-  return code().joined({use(*object).text});
+  return code().copied(use(*object).text);
 }
 
 Name RecordedCall::backend(Kiv_BackendHandle_t handle) {

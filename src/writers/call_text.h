@@ -42,7 +42,7 @@ class CallText {
     if (hasFailed()) return {};
     return {session_.names().unique(
         base, kFamily,
-        [this](std::string_view name) { return code_->joined({name}); })};
+        [this](std::string_view name) { return code_->copied(name); })};
   }
 
   // The name of a variable that an earlier call declared.
