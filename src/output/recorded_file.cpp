@@ -64,7 +64,9 @@ Failed RecordedFile::write(const void* elements, std::size_t elementSize,
   }
   // There are systems that take less than 2 GiB at once.
   constexpr std::size_t kMostBytes = std::size_t{1} << 30;
-  const std::size_t most = std::max<std::size_t>(kMostBytes / elementSize, 1);
+  const std::size_t most =
+      elementSize == 1 ? kMostBytes
+                       : std::max<std::size_t>(kMostBytes / elementSize, 1);
   const auto* bytes = static_cast<const char*>(elements);
   while (written < count) {
     const std::size_t wanted = std::min(count - written, most);

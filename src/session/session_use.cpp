@@ -120,12 +120,13 @@ Holder& holder() {
 SessionUse::SessionUse() {
   if (hasEnded) return;
   // A forked child must not wait for a lock that its parent's threads held.
-  if (const Holder* made = theHolder; made != nullptr && !made->session())
-    return;
+  const Holder* const made = theHolder;
+  Session* const session = made == nullptr ? nullptr : made->session();
+  if (made != nullptr && session == nullptr) return;
   calls.add(call_);
   isUnderWay_ = true;
   try {
-    if (!hasEnded) session_ = holder().session();
+    if (!hasEnded) session_ = made == nullptr ? holder().session() : session;
   } catch (const std::bad_alloc&) {
     session_ = nullptr;
   }
