@@ -24,7 +24,7 @@
 //   const GraphIndex graph = builder.addGraph("main");
 //   builder.addTensor(graph, tensor);        // with an id of its own
 //   builder.addNode(graph, opConfig);
-//   std::optional<Fault> fault = builder.build(graph, model);
+//   const onnx::ModelProto model = builder.build(graph);
 //
 // One builder serves one context. Records are read during the call only. One
 // thread at a time.
@@ -83,9 +83,8 @@ class ModelBuilder {
   // be elements of the list NAME.
   std::optional<Fault> addNode(GraphIndex graph, const Kiv_OpConfig_t& config);
 
-  // The model of a graph with its subgraphs. It stays in the builder: each
-  // build copies it.
-  std::optional<Fault> build(GraphIndex graph, onnx::ModelProto& model) const;
+  // The model of a graph with its subgraphs, copied out of the builder.
+  onnx::ModelProto build(GraphIndex graph) const;
 
   // The value's name in the model: the tensor's, which gets its id behind it
   // if it is taken. Empty for an unknown id.
@@ -121,9 +120,6 @@ class ModelBuilder {
   std::optional<Fault> add(const Kiv_Tensor_t& tensor,
                            std::optional<GraphIndex> graph, bool isOfContext);
   std::int64_t versionOf(const std::string& domain);
-  std::optional<Fault> addAttributes(const Kiv_OpConfigV1_t& config,
-                                     const std::string& domain,
-                                     onnx::NodeProto& node);
   std::optional<Fault> addValues(GraphIndex graph, const Kiv_Tensor_t* tensors,
                                  std::uint32_t count, bool areOutputs,
                                  onnx::NodeProto& node);

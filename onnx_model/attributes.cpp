@@ -1,0 +1,267 @@
+#include "onnx_model/attributes.h"
+
+#include <onnx/defs/schema.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+namespace kiv::onnx_model {
+namespace {
+
+using onnx::AttributeProto;
+using Kind = onnx::AttributeProto::AttributeType;
+
+Fault invalid(const Kiv_Param_t& param, std::string_view why) {
+  return {KIV_BACKEND_ERROR_INVALID_ARGUMENT,
+          std::string("parameter ") +
+              (param.name == nullptr ? "without a name" : param.name) + " " +
+              std::string(why)};
+}
+
+const Kiv_TensorV1_t* staticTensor(const Kiv_Param_t& param) {
+  if (param.paramType != KIV_PARAM_TYPE_TENSOR) return nullptr;
+  return &param.tensorParam.v1;
+}
+
+std::span<const std::byte> bytesOf(const Kiv_TensorV1_t& tensor) {
+  return {static_cast<const std::byte*>(tensor.clientBuf.data),
+          tensor.clientBuf.data == nullptr ? 0 : tensor.clientBuf.dataSize};
+}
+
+template <typename Type>
+std::vector<Type> elementsOf(const Kiv_TensorV1_t& tensor) {
+  const auto bytes = bytesOf(tensor);
+  std::vector<Type> elements(bytes.size() / sizeof(Type));
+  if (!elements.empty())
+    std::memcpy(elements.data(), bytes.data(), elements.size() * sizeof(Type));
+  return elements;
+}
+
+std::optional<std::int64_t> integerOf(const Kiv_Scalar_t& scalar) {
+  switch (scalar.dataType) {
+    case KIV_DATA_TYPE_INT_8:
+      return scalar.int8Value;
+    case KIV_DATA_TYPE_INT_16:
+      return scalar.int16Value;
+    case KIV_DATA_TYPE_INT_32:
+      return scalar.int32Value;
+    case KIV_DATA_TYPE_INT_64:
+      return scalar.int64Value;
+    case KIV_DATA_TYPE_UINT_8:
+    case KIV_DATA_TYPE_BOOL_8:
+      return scalar.uint8Value;
+    case KIV_DATA_TYPE_UINT_16:
+      return scalar.uint16Value;
+    case KIV_DATA_TYPE_UINT_32:
+      return scalar.uint32Value;
+    case KIV_DATA_TYPE_UINT_64:
+      return static_cast<std::int64_t>(scalar.uint64Value);
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<float> floatOf(const Kiv_Scalar_t& scalar) {
+  if (scalar.dataType == KIV_DATA_TYPE_FLOAT_32) return scalar.floatValue;
+  if (scalar.dataType == KIV_DATA_TYPE_FLOAT_64)
+    return static_cast<float>(scalar.doubleValue);
+  if (const auto integer = integerOf(scalar))
+    return static_cast<float>(*integer);
+  return std::nullopt;
+}
+
+// A text that holds NUL travels as a tensor of bytes.
+std::optional<std::string> textOf(const Kiv_Param_t& param) {
+  if (const Kiv_TensorV1_t* tensor = staticTensor(param)) {
+    if (tensor->dataType != KIV_DATA_TYPE_UINT_8) return std::nullopt;
+    const auto bytes = bytesOf(*tensor);
+    return std::string(reinterpret_cast<const char*>(bytes.data()),
+                       bytes.size());
+  }
+  if (param.scalarParam.dataType != KIV_DATA_TYPE_STRING ||
+      param.scalarParam.stringValue == nullptr)
+    return std::nullopt;
+  return param.scalarParam.stringValue;
+}
+
+// Without a schema.
+Kind kindByValue(const Kiv_Param_t& param) {
+  if (const Kiv_TensorV1_t* tensor = staticTensor(param)) {
+    if (tensor->rank != 1) return AttributeProto::TENSOR;
+    if (tensor->dataType == KIV_DATA_TYPE_INT_64) return AttributeProto::INTS;
+    if (tensor->dataType == KIV_DATA_TYPE_FLOAT_32)
+      return AttributeProto::FLOATS;
+    return AttributeProto::TENSOR;
+  }
+  const Kiv_DataType_t type = param.scalarParam.dataType;
+  if (type == KIV_DATA_TYPE_STRING) return AttributeProto::STRING;
+  if (type == KIV_DATA_TYPE_FLOAT_32 || type == KIV_DATA_TYPE_FLOAT_64)
+    return AttributeProto::FLOAT;
+  return AttributeProto::INT;
+}
+
+bool isListByElements(Kind kind) {
+  return kind == AttributeProto::STRINGS || kind == AttributeProto::TENSORS ||
+         kind == AttributeProto::GRAPHS;
+}
+
+// "value_strings" of "value_strings_2"; the name itself without a number.
+std::string listName(const std::string& name) {
+  const std::size_t end = name.find_last_not_of("0123456789");
+  if (end == std::string::npos || end + 1 == name.size() || name[end] != '_')
+    return name;
+  return name.substr(0, end);
+}
+
+struct Attribute {
+  std::string name;
+  Kind kind;
+};
+
+Attribute attributeOf(const onnx::OpSchema* schema, const Kiv_Param_t& param) {
+  const std::string name = param.name;
+  if (schema != nullptr) {
+    const auto& known = schema->attributes();
+    if (const auto own = known.find(name); own != known.end())
+      return {name, own->second.type};
+    const auto list = known.find(listName(name));
+    if (list != known.end() && isListByElements(list->second.type))
+      return {list->first, list->second.type};
+  }
+  return {name, kindByValue(param)};
+}
+
+AttributeProto& attributeNamed(onnx::NodeProto& node,
+                               const Attribute& attribute) {
+  for (AttributeProto& existing : *node.mutable_attribute())
+    if (existing.name() == attribute.name) return existing;
+  AttributeProto& added = *node.add_attribute();
+  added.set_name(attribute.name);
+  added.set_type(attribute.kind);
+  return added;
+}
+
+// ---- one function a kind; false for a value that does not do ----
+
+bool setFloat(const Kiv_Param_t& param, AttributeProto& attribute) {
+  if (staticTensor(param) != nullptr) return false;
+  const auto value = floatOf(param.scalarParam);
+  if (value) attribute.set_f(*value);
+  return value.has_value();
+}
+
+// An integer beyond 32 bits travels as a tensor of one element.
+bool setInt(const Kiv_Param_t& param, AttributeProto& attribute) {
+  if (const Kiv_TensorV1_t* tensor = staticTensor(param)) {
+    const auto values = elementsOf<std::int64_t>(*tensor);
+    if (tensor->dataType != KIV_DATA_TYPE_INT_64 || values.size() != 1)
+      return false;
+    attribute.set_i(values.front());
+    return true;
+  }
+  const auto value = integerOf(param.scalarParam);
+  if (value) attribute.set_i(*value);
+  return value.has_value();
+}
+
+bool setInts(const Kiv_Param_t& param, AttributeProto& attribute) {
+  const Kiv_TensorV1_t* tensor = staticTensor(param);
+  if (tensor == nullptr) return false;
+  if (tensor->dataType == KIV_DATA_TYPE_INT_64)
+    for (const std::int64_t value : elementsOf<std::int64_t>(*tensor))
+      attribute.add_ints(value);
+  else if (tensor->dataType == KIV_DATA_TYPE_INT_32)
+    for (const std::int32_t value : elementsOf<std::int32_t>(*tensor))
+      attribute.add_ints(value);
+  else
+    return false;
+  return true;
+}
+
+bool setFloats(const Kiv_Param_t& param, AttributeProto& attribute) {
+  const Kiv_TensorV1_t* tensor = staticTensor(param);
+  if (tensor == nullptr || tensor->dataType != KIV_DATA_TYPE_FLOAT_32)
+    return false;
+  for (const float value : elementsOf<float>(*tensor))
+    attribute.add_floats(value);
+  return true;
+}
+
+bool setText(const Kiv_Param_t& param, std::string* text) {
+  auto value = textOf(param);
+  if (value) *text = *std::move(value);
+  return value.has_value();
+}
+
+std::optional<Fault> setTensor(const Kiv_Param_t& param,
+                               onnx::TensorProto& proto) {
+  if (staticTensor(param) == nullptr) return invalid(param, "is no tensor");
+  return tensorProtoOf(param.tensorParam, "", proto);
+}
+
+std::optional<Fault> setValue(const Kiv_Param_t& param,
+                              AttributeProto& attribute) {
+  bool isDone = false;
+  switch (attribute.type()) {
+    case AttributeProto::FLOAT:
+      isDone = setFloat(param, attribute);
+      break;
+    case AttributeProto::INT:
+      isDone = setInt(param, attribute);
+      break;
+    case AttributeProto::STRING:
+      isDone = setText(param, attribute.mutable_s());
+      break;
+    case AttributeProto::FLOATS:
+      isDone = setFloats(param, attribute);
+      break;
+    case AttributeProto::INTS:
+      isDone = setInts(param, attribute);
+      break;
+    case AttributeProto::STRINGS:
+      isDone = setText(param, attribute.add_strings());
+      break;
+    case AttributeProto::GRAPH:
+      isDone = setText(param, attribute.mutable_g()->mutable_name());
+      break;
+    case AttributeProto::GRAPHS:
+      isDone = setText(param, attribute.add_graphs()->mutable_name());
+      break;
+    case AttributeProto::TENSOR:
+      return setTensor(param, *attribute.mutable_t());
+    case AttributeProto::TENSORS:
+      return setTensor(param, *attribute.add_tensors());
+    default:
+      break;
+  }
+  if (isDone) return std::nullopt;
+  return invalid(param,
+                 "has no value of the kind " +
+                     AttributeProto::AttributeType_Name(attribute.type()) +
+                     ", which the operator's schema wants");
+}
+
+}  // namespace
+
+std::optional<Fault> addAttributes(const Kiv_OpConfigV1_t& config,
+                                   const std::string& domain,
+                                   std::int64_t version,
+                                   onnx::NodeProto& node) {
+  const onnx::OpSchema* const schema = onnx::OpSchemaRegistry::Schema(
+      config.typeName, static_cast<int>(version), domain);
+  for (std::uint32_t i = 0; i < config.numParams; ++i) {
+    const Kiv_Param_t& param = config.params[i];
+    if (param.name == nullptr) return invalid(param, "has no name");
+    if (param.paramType != KIV_PARAM_TYPE_SCALAR &&
+        param.paramType != KIV_PARAM_TYPE_TENSOR)
+      return invalid(param, "is neither a scalar nor a tensor");
+    AttributeProto& attribute =
+        attributeNamed(node, attributeOf(schema, param));
+    if (auto fault = setValue(param, attribute)) return fault;
+  }
+  return std::nullopt;
+}
+
+}  // namespace kiv::onnx_model

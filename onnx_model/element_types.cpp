@@ -1,0 +1,43 @@
+#include <algorithm>
+#include <array>
+
+#include "onnx_model/model_builder.h"
+
+namespace kiv::onnx_model {
+namespace {
+
+struct Row {
+  Kiv_DataType_t type;
+  onnx::TensorProto::DataType onnxType;
+};
+
+constexpr std::array<Row, 18> kRows = {{
+    {KIV_DATA_TYPE_INT_8, onnx::TensorProto::INT8},
+    {KIV_DATA_TYPE_INT_16, onnx::TensorProto::INT16},
+    {KIV_DATA_TYPE_INT_32, onnx::TensorProto::INT32},
+    {KIV_DATA_TYPE_INT_64, onnx::TensorProto::INT64},
+    {KIV_DATA_TYPE_UINT_8, onnx::TensorProto::UINT8},
+    {KIV_DATA_TYPE_UINT_16, onnx::TensorProto::UINT16},
+    {KIV_DATA_TYPE_UINT_32, onnx::TensorProto::UINT32},
+    {KIV_DATA_TYPE_UINT_64, onnx::TensorProto::UINT64},
+    {KIV_DATA_TYPE_FLOAT_16, onnx::TensorProto::FLOAT16},
+    {KIV_DATA_TYPE_FLOAT_32, onnx::TensorProto::FLOAT},
+    {KIV_DATA_TYPE_FLOAT_64, onnx::TensorProto::DOUBLE},
+    {KIV_DATA_TYPE_SFIXED_POINT_8, onnx::TensorProto::INT8},
+    {KIV_DATA_TYPE_SFIXED_POINT_16, onnx::TensorProto::INT16},
+    {KIV_DATA_TYPE_SFIXED_POINT_32, onnx::TensorProto::INT32},
+    {KIV_DATA_TYPE_UFIXED_POINT_8, onnx::TensorProto::UINT8},
+    {KIV_DATA_TYPE_UFIXED_POINT_16, onnx::TensorProto::UINT16},
+    {KIV_DATA_TYPE_UFIXED_POINT_32, onnx::TensorProto::UINT32},
+    {KIV_DATA_TYPE_BOOL_8, onnx::TensorProto::BOOL},
+}};
+
+}  // namespace
+
+std::optional<onnx::TensorProto::DataType> onnxTypeOf(Kiv_DataType_t type) {
+  const auto found = std::ranges::find(kRows, type, &Row::type);
+  if (found == kRows.end()) return std::nullopt;
+  return found->onnxType;
+}
+
+}  // namespace kiv::onnx_model
