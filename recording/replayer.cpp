@@ -148,12 +148,17 @@ class Run {
     }
     const bool isExecution =
         arguments_.function == &format::calls::kGraphExecute;
-    const std::uint32_t repetitions = isExecution ? options_.repeat : 1;
-    for (std::uint32_t i = 0; i < repetitions && !isOver_ && mayCall(); ++i)
-      makeOnce(index, i);
+    observer_.prepareCall(index, arguments_);
+    if (isExecution) repeatCall(index, options_.warmup, true);
+    repeatCall(index, isExecution ? options_.repeat : 1, false);
   }
 
-  void makeOnce(std::size_t index, std::uint32_t repetition) {
+  void repeatCall(std::size_t index, std::uint32_t count, bool isWarmup) {
+    for (std::uint32_t i = 0; i < count && !isOver_ && mayCall(); ++i)
+      makeOnce(index, i, isWarmup);
+  }
+
+  void makeOnce(std::size_t index, std::uint32_t repetition, bool isWarmup) {
     if (!observer_.beforeCall(index, arguments_)) {
       isOver_ = true;
       return;
@@ -165,7 +170,8 @@ class Run {
     program_.end(index);
     validate(status, recording_.calls()[index].line);
     count(index, status);
-    observer_.afterCall({index, arguments_, repetition, status, duration});
+    observer_.afterCall(
+        {index, arguments_, repetition, isWarmup, status, duration});
     if (status == KIV_SUCCESS) save();
   }
 

@@ -22,8 +22,9 @@ struct ReplayOptions {
   std::optional<KivLog_Level_t> logLevel;
   // Goes on behind errors of calls, as the compiled program does not.
   bool continueOnError = false;
-  // How often each graphExecute is made.
+  // How often each graphExecute is made, and how often before that.
   std::uint32_t repeat = 1;
+  std::uint32_t warmup = 0;
   // Where contextGetBinary's output goes; nothing is saved without.
   std::optional<std::filesystem::path> outputDirectory;
   // Receives what the compiled program prints, a line without its end; standard
@@ -35,8 +36,9 @@ struct ReplayOptions {
 struct CallResult {
   std::size_t call = 0;
   const Arguments& arguments;
-  // From 0, for repeated executions.
+  // From 0, for repeated executions; those before that are warm-ups.
   std::uint32_t repetition = 0;
+  bool isWarmup = false;
   Kiv_ErrorHandle_t status = 0;
   std::chrono::nanoseconds duration{};
 };
@@ -46,6 +48,9 @@ struct CallResult {
 class ReplayObserver {
  public:
   virtual ~ReplayObserver() = default;
+  // Once for each call, before its first repetition. The arguments and what
+  // they point to may be changed until the next call is prepared.
+  virtual void prepareCall(std::size_t /*call*/, Arguments&) {}
   // False ends the replay before the call.
   virtual bool beforeCall(std::size_t /*call*/, const Arguments&) {
     return true;

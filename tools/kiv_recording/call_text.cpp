@@ -1,6 +1,5 @@
 #include "kiv_recording/call_text.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <iterator>
 
@@ -10,41 +9,6 @@ namespace {
 using format::ArgumentKind;
 using recording::Arguments;
 using recording::Value;
-
-// A handle is its kind's index + 1 in the upper half and its number + 1 in the
-// lower one.
-struct Kind {
-  std::string_view type;
-  std::string_view name;
-};
-constexpr std::array<Kind, 5> kKinds = {{
-    {"Kiv_BackendHandle_t", "backend"},
-    {"Kiv_DeviceHandle_t", "device"},
-    {"Kiv_ContextHandle_t", "context"},
-    {"Kiv_GraphHandle_t", "graph"},
-    {"Kiv_ProfileHandle_t", "profile"},
-}};
-
-std::string_view nameOf(std::uint64_t handle) {
-  return kKinds[(handle >> 32) - 1].name;
-}
-
-// What Tracer's binary of a context holds.
-std::size_t binarySize(std::uint64_t context) {
-  return context == 0 ? std::string_view("KIV_TRACER binary of null").size()
-                      : fmt::formatted_size("KIV_TRACER binary of context#{}",
-                                            (context & 0xffffffff) - 1);
-}
-
-std::string textOf(const Value& value) {
-  const char* text = value.pointer<const char>();
-  return text == nullptr ? "" : text;
-}
-
-std::uint64_t bitsOf(const Arguments& arguments, std::string_view name) {
-  const Value* value = arguments.find(name);
-  return value == nullptr ? 0 : value->bits;
-}
 
 void put(Text& text, std::string_view string) { text.append(string); }
 
@@ -59,7 +23,8 @@ std::string_view CallText::describe(const Arguments& arguments) {
     appendArgument(arguments, i);
   }
   line_.push_back(')');
-  answer(arguments);
+  answers_.answer(arguments);
+  appendAnswers(arguments);
   return {line_.data(), line_.size()};
 }
 
@@ -116,78 +81,25 @@ void CallText::appendArgument(const Arguments& arguments, std::size_t index) {
 
 void CallText::appendHandle(std::uint64_t handle, std::string_view none) {
   if (handle == 0) return put(line_, none);
-  fmt::format_to(std::back_inserter(line_), "{}#{}", nameOf(handle),
-                 (handle & 0xffffffff) - 1);
+  fmt::format_to(std::back_inserter(line_), "{}#{}", Answers::kindOf(handle),
+                 Answers::numberOf(handle));
 }
 
-void CallText::answer(const Arguments& arguments) {
+void CallText::appendAnswers(const Arguments& arguments) {
   for (const Value& value : arguments.values) {
     if (value.bits == 0) continue;
-    if (value.argument->kind == ArgumentKind::kOutHandle)
-      answerHandle(arguments, value);
-    else if (value.argument->kind == ArgumentKind::kTensor)
-      answerId(value);
-    else if (value.argument->kind == ArgumentKind::kOut &&
-             value.argument->type == "Kiv_ContextBinarySize_t")
-      answerSize(arguments, value);
+    if (value.argument->kind == ArgumentKind::kOutHandle) {
+      put(line_, " -> ");
+      appendHandle(*value.pointer<std::uint64_t>(), "null");
+    } else if (value.argument->kind == ArgumentKind::kTensor) {
+      const auto* tensor = value.pointer<Kiv_Tensor_t>();
+      if (ids_ == Ids::kGiven && Answers::hasId(*tensor))
+        fmt::format_to(std::back_inserter(line_), " -> id={}", tensor->v1.id);
+    } else if (Answers::isSize(value)) {
+      fmt::format_to(std::back_inserter(line_), " -> {}",
+                     *value.pointer<std::uint64_t>());
+    }
   }
-}
-
-void CallText::answerHandle(const Arguments& arguments, const Value& out) {
-  std::uint64_t handle = 0;
-  if (arguments.function == &format::calls::kGraphRetrieve)
-    handle = retrieveGraph(arguments);
-  else
-    handle = newHandle(out.argument->type);
-  if (nameOf(handle) == "graph") nameGraph(arguments, handle);
-  *out.pointer<void*>() = reinterpret_cast<void*>(handle);
-  put(line_, " -> ");
-  appendHandle(handle, "null");
-}
-
-void CallText::answerSize(const Arguments& arguments, const Value& out) {
-  std::uint64_t size = binarySize(bitsOf(arguments, "context"));
-  if (const Value* buffer = arguments.find("buffer"))
-    size = buffer->bits == 0
-               ? 0
-               : std::min<std::uint64_t>(size, bitsOf(arguments, "bufferSize"));
-  *out.pointer<std::uint64_t>() = size;
-  fmt::format_to(std::back_inserter(line_), " -> {}", size);
-}
-
-void CallText::answerId(const Value& value) {
-  auto* tensor = value.pointer<Kiv_Tensor_t>();
-  std::uint32_t& id =
-      tensor->version == KIV_TENSOR_VERSION_2 ? tensor->v2.id : tensor->v1.id;
-  if (tensor->version != KIV_TENSOR_VERSION_1 &&
-      tensor->version != KIV_TENSOR_VERSION_2)
-    return;
-  if (ids_ == Ids::kLeftOut) return;
-  id = ++tensors_;
-  fmt::format_to(std::back_inserter(line_), " -> id={}", id);
-}
-
-std::uint64_t CallText::newHandle(std::string_view type) {
-  const auto* const kind = std::ranges::find(kKinds, type, &Kind::type);
-  const auto index = static_cast<std::size_t>(kind - kKinds.begin());
-  return std::uint64_t{index + 1} << 32 | ++created_[index];
-}
-
-std::uint64_t CallText::retrieveGraph(const Arguments& arguments) {
-  const std::uint64_t context = bitsOf(arguments, "context");
-  const auto found = graphs_.find({context, textOf(*arguments.find("name"))});
-  return found == graphs_.end() ? newHandle("Kiv_GraphHandle_t")
-                                : found->second;
-}
-
-// A graph below another one is known in the same context.
-void CallText::nameGraph(const Arguments& arguments, std::uint64_t graph) {
-  const Value* context = arguments.find("context");
-  const std::uint64_t owner = context != nullptr
-                                  ? context->bits
-                                  : contexts_[bitsOf(arguments, "graph")];
-  graphs_[{owner, textOf(*arguments.find("name"))}] = graph;
-  contexts_[graph] = owner;
 }
 
 }  // namespace kiv::tool

@@ -7,8 +7,10 @@
 #include <system_error>
 #include <vector>
 
+#include "kiv_recording/output_keeper.h"
 #include "kiv_recording/progress.h"
 #include "kiv_recording/recordings.h"
+#include "kiv_recording/times.h"
 #include "kiv_recording/verbs.h"
 #include "recording/replayer.h"
 
@@ -27,21 +29,40 @@ constexpr const char* kDetails =
     R"(Makes the calls of a recording again on a backend, in their order and with
 their arguments, as the compiled recording does: nothing is called behind the
 first error, and a call that the backend does not support is no error. The
-exit status is that of the compiled recording: 0, or the error's code.
+exit status is that of the compiled recording: 0, or the error's code; 1 when
+outputs that are compared are over.
 
 Example: run a session on a backend, its log turned on
   kiv-recording replay saver_output --backend ./libBackend.so -l verbose
 
 Example: how long does an execution take?
-  kiv-recording replay saver_output --backend ./libBackend.so --repeat 100)";
+  kiv-recording replay saver_output --backend ./libBackend.so --repeat 100
+
+Example: does another backend give the same outputs?
+  kiv-recording replay saver_output -b ./libA.so --save-outputs a
+  kiv-recording replay saver_output -b ./libB.so --compare a --rtol 1e-3
+
+Example: what does each layer compute?
+  kiv-recording replay saver_output -b ./libA.so --outputs all --save-outputs a
+
+Outputs are saved as DIR/GRAPH/EXECUTION/TENSOR.npy, with a list of them in
+DIR/outputs.txt.)";
 
 struct Options {
   RecordingOptions recording;
   std::string backend;
   std::string logLevel;
   std::uint32_t repeat = 1;
+  std::uint32_t warmup = 0;
   bool continueOnError = false;
   std::string outputDirectory;
+  std::string saveOutputs;
+  std::string compare;
+  arrays::Tolerance tolerance;
+  std::vector<std::string> outputs;
+  std::string timeFile;
+
+  bool keepsOutputs() const { return !saveOutputs.empty() || !compare.empty(); }
 };
 
 KivLog_Level_t levelOf(const std::string& word) {
@@ -57,45 +78,40 @@ recording::ReplayOptions replayOptions(const Options& options) {
   if (!options.logLevel.empty()) replay.logLevel = levelOf(options.logLevel);
   replay.continueOnError = options.continueOnError;
   replay.repeat = options.repeat;
+  replay.warmup = options.warmup;
   if (!options.outputDirectory.empty())
     replay.outputDirectory = pathOf(options.outputDirectory);
   return replay;
 }
 
-// Shows how far the replay is, and keeps how long executions took.
+// Shows how far the replay is, and keeps times and outputs.
 class Watcher final : public recording::ReplayObserver {
  public:
-  explicit Watcher(std::size_t calls) : progress_("calls", calls) {}
+  // `keeper` may be null.
+  Watcher(std::size_t calls, OutputKeeper* keeper)
+      : progress_("calls", calls), keeper_(keeper) {}
 
+  void prepareCall(std::size_t call, Arguments& arguments) override {
+    if (keeper_ != nullptr) keeper_->prepare(call, arguments);
+  }
   bool beforeCall(std::size_t call, const Arguments&) override {
     progress_.reach(call);
     return true;
   }
   void afterCall(const CallResult& result) override {
-    if (result.arguments.function == &format::calls::kGraphExecute)
-      executions_.push_back(result.duration);
+    times_.add(result);
+    if (keeper_ != nullptr) keeper_->afterCall(result);
   }
   void saved(const std::filesystem::path& path) override {
     fmt::print(stderr, "saved {}\n", textOf(path));
   }
 
-  void showExecutions() {
-    if (executions_.empty()) return;
-    std::ranges::sort(executions_);
-    const auto milliseconds = [](std::chrono::nanoseconds time) {
-      return std::chrono::duration<double, std::milli>(time).count();
-    };
-    fmt::print(stderr,
-               "{} executions: fastest {:.3f} ms, median {:.3f} ms, slowest "
-               "{:.3f} ms\n",
-               executions_.size(), milliseconds(executions_.front()),
-               milliseconds(executions_[executions_.size() / 2]),
-               milliseconds(executions_.back()));
-  }
+  const Times& times() const { return times_; }
 
  private:
   Progress progress_;
-  std::vector<std::chrono::nanoseconds> executions_;
+  OutputKeeper* keeper_;
+  Times times_;
 };
 
 void showProblems(const ReplayResult& result) {
@@ -118,6 +134,36 @@ bool makeOutputDirectory(const Options& options) {
   return !error;
 }
 
+// Nothing is called where a tensor that was asked for cannot be an output.
+bool prepareOutputs(const Options& options,
+                    const recording::Recording& recording,
+                    std::span<std::byte> data, OutputPlan& plan,
+                    OutputKeeper& keeper) {
+  if (!options.keepsOutputs()) {
+    if (options.outputs.empty()) return true;
+    fmt::print(stderr, "--outputs needs --save-outputs or --compare\n");
+    return false;
+  }
+  OutputChoice choice;
+  choice.isAll =
+      std::ranges::find(options.outputs, "all") != options.outputs.end();
+  if (!choice.isAll) choice.names = options.outputs;
+  std::vector<std::string> notes;
+  const auto problems = plan.make(recording, data, choice, notes);
+  for (const std::string& problem : problems)
+    fmt::print(stderr, "{}\n", problem);
+  for (const std::string& note : notes) fmt::print(stderr, "{}\n", note);
+  if (!problems.empty()) return false;
+  std::string why;
+  if ((options.saveOutputs.empty() ||
+       keeper.saveTo(pathOf(options.saveOutputs), why)) &&
+      (options.compare.empty() ||
+       keeper.compareWith(pathOf(options.compare), options.tolerance, why)))
+    return true;
+  fmt::print(stderr, "{}\n", why);
+  return false;
+}
+
 int replay(const Options& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
@@ -138,15 +184,47 @@ int replay(const Options& options) {
                ? kDiffers
                : kUnreadable;
 
-  if (!makeOutputDirectory(options)) return kUnreadable;
+  OutputPlan plan;
+  OutputKeeper keeper(plan);
+  if (!makeOutputDirectory(options) ||
+      !prepareOutputs(options, *recording, data->bytes(), plan, keeper))
+    return kUnreadable;
+  bool isTimeWritten = true;
   ReplayResult result;
   {
-    Watcher watcher(recording->calls().size());
+    Watcher watcher(recording->calls().size(),
+                    options.keepsOutputs() ? &keeper : nullptr);
     result = replayer.run(replayOptions(options), &watcher);
-    if (options.repeat > 1) watcher.showExecutions();
+    if (options.repeat > 1 && !watcher.times().summary().empty())
+      fmt::print(stderr, "{}\n", watcher.times().summary());
+    if (!options.timeFile.empty())
+      isTimeWritten =
+          writeFile(pathOf(options.timeFile), watcher.times().json(*recording));
   }
   showProblems(result);
-  return result.exitStatus();
+  const bool isWithin = !options.keepsOutputs() || keeper.finish();
+  const int status = result.exitStatus();
+  return status == 0 && (!isWithin || !isTimeWritten) ? kDiffers : status;
+}
+
+void addOutputOptions(CLI::App& verb, Options& options) {
+  verb.add_option("--save-outputs", options.saveOutputs,
+                  "Save each execution's outputs there, as .npy")
+      ->type_name("DIR");
+  verb.add_option("--compare", options.compare,
+                  "Compare the outputs with those that were saved there")
+      ->type_name("DIR");
+  addTolerance(verb, options.tolerance);
+  verb.add_option("--outputs", options.outputs,
+                  "Make intermediate tensors outputs: all, or names")
+      ->type_name("all|NAME...");
+  verb.add_option("--time", options.timeFile,
+                  "Write how long calls and executions took, as JSON")
+      ->type_name("FILE");
+  verb.add_option("--warmup", options.warmup,
+                  "Make each execution N times before it counts")
+      ->check(CLI::Range(0u, 0x7fffffffu))
+      ->type_name("N");
 }
 
 }  // namespace
@@ -165,7 +243,8 @@ Verb addReplay(CLI::App& program) {
       ->check(CLI::IsMember({"error", "warn", "info", "verbose", "debug"}))
       ->type_name("LEVEL");
   verb->add_option("--repeat", options->repeat,
-                   "Make each execution N times, and show how long they took")
+                   "Make each execution N times, and show how long they took; "
+                   "outputs are those of the first time")
       ->check(CLI::Range(1u, 0x7fffffffu))
       ->type_name("N");
   verb->add_flag("--continue-on-error", options->continueOnError,
@@ -174,6 +253,7 @@ Verb addReplay(CLI::App& program) {
                    "Where binaries of contexts are saved; they are dropped "
                    "without it")
       ->type_name("DIR");
+  addOutputOptions(*verb, *options);
   return {verb, [options] { return replay(*options); }};
 }
 

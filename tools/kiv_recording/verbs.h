@@ -29,5 +29,6 @@ Verb addDump(CLI::App& program);
 Verb addDiff(CLI::App& program);
 Verb addComplete(CLI::App& program);
 Verb addPrepare(CLI::App& program);
+Verb addCompare(CLI::App& program);
 
 }  // namespace kiv::tool
