@@ -14,6 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kList = "outputs.txt";
+constexpr const char* kStatic = "static";
 constexpr std::size_t kLongest = 180;
 constexpr char kHexDigits[] = "0123456789ABCDEF";
 
@@ -67,7 +68,8 @@ std::string shortened(std::string encoded, std::string_view name) {
 }
 
 std::string pathOf(const OutputName& name) {
-  return fileNameOf(name.graph) + "/" + std::to_string(name.execution) + "/" +
+  return fileNameOf(name.graph) + "/" +
+         (name.execution ? std::to_string(*name.execution) : kStatic) + "/" +
          fileNameOf(name.tensor);
 }
 
@@ -205,9 +207,10 @@ std::string titleOf(std::string_view path) {
   if (second == std::string_view::npos) return std::string(path);
   std::string_view tensor = path.substr(second + 1);
   if (tensor.ends_with(".npy")) tensor.remove_suffix(4);
-  return nameOfFile(tensor) + " of " + nameOfFile(path.substr(0, first)) +
-         ", execution " +
-         std::string(path.substr(first + 1, second - first - 1));
+  const std::string graph = nameOfFile(path.substr(0, first));
+  const std::string_view part = path.substr(first + 1, second - first - 1);
+  return nameOfFile(tensor) + (graph.empty() ? "" : " of " + graph) +
+         (part == kStatic ? "" : ", execution " + std::string(part));
 }
 
 std::string toString(const Difference& difference) {

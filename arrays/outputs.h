@@ -13,7 +13,8 @@
 #include "arrays/comparison.h"
 
 // Outputs of executions in a directory: DIR/GRAPH/EXECUTION/TENSOR.npy, and
-// DIR/outputs.txt with these paths in the order in which the outputs came.
+// DIR/outputs.txt with these paths in the order in which the outputs came. Data
+// that belongs to no execution is in DIR/GRAPH/static.
 //
 //   OutputWriter writer;
 //   if (!writer.open("before", why)) return why;
@@ -28,8 +29,8 @@ namespace kiv::arrays {
 
 struct OutputName {
   std::string graph;
-  // Of that graph, from 0.
-  std::uint64_t execution = 0;
+  // Of that graph, from 0; nothing for data that is there before.
+  std::optional<std::uint64_t> execution = 0;
   std::string tensor;
 };
 
@@ -47,6 +48,7 @@ class OutputWriter {
   bool open(const std::filesystem::path& directory, std::string& why);
   // A tensor with a name that the execution had already gets "~2" behind it.
   bool save(const OutputName& name, const ArrayView& array, std::string& why);
+  std::uint64_t saved() const { return paths_.size(); }
 
  private:
   std::filesystem::path directory_;
@@ -59,7 +61,7 @@ class OutputWriter {
 std::optional<std::vector<std::string>> readOutputList(
     const std::filesystem::path& directory, std::string& why);
 
-// "y" or "y of main, execution 2", as a person reads a path of the list.
+// "y of main, execution 2", as a person reads a path of the list.
 std::string titleOf(std::string_view path);
 
 struct Difference {

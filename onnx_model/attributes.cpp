@@ -87,7 +87,7 @@ std::optional<std::string> textOf(const Kiv_Param_t& param) {
 }
 
 // Without a schema.
-Kind kindByValue(const Kiv_Param_t& param) {
+Kind kindByValue(const Kiv_Param_t& param, const HasSubgraph& hasSubgraph) {
   if (const Kiv_TensorV1_t* tensor = staticTensor(param)) {
     if (tensor->rank != 1) return AttributeProto::TENSOR;
     if (tensor->dataType == KIV_DATA_TYPE_INT_64) return AttributeProto::INTS;
@@ -96,7 +96,11 @@ Kind kindByValue(const Kiv_Param_t& param) {
     return AttributeProto::TENSOR;
   }
   const Kiv_DataType_t type = param.scalarParam.dataType;
-  if (type == KIV_DATA_TYPE_STRING) return AttributeProto::STRING;
+  if (type == KIV_DATA_TYPE_STRING) {
+    const char* const text = param.scalarParam.stringValue;
+    return text != nullptr && hasSubgraph(text) ? AttributeProto::GRAPH
+                                                : AttributeProto::STRING;
+  }
   if (type == KIV_DATA_TYPE_FLOAT_32 || type == KIV_DATA_TYPE_FLOAT_64)
     return AttributeProto::FLOAT;
   return AttributeProto::INT;
@@ -120,7 +124,8 @@ struct Attribute {
   Kind kind;
 };
 
-Attribute attributeOf(const onnx::OpSchema* schema, const Kiv_Param_t& param) {
+Attribute attributeOf(const onnx::OpSchema* schema, const Kiv_Param_t& param,
+                      const HasSubgraph& hasSubgraph) {
   const std::string name = param.name;
   if (schema != nullptr) {
     const auto& known = schema->attributes();
@@ -130,7 +135,7 @@ Attribute attributeOf(const onnx::OpSchema* schema, const Kiv_Param_t& param) {
     if (list != known.end() && isListByElements(list->second.type))
       return {list->first, list->second.type};
   }
-  return {name, kindByValue(param)};
+  return {name, kindByValue(param, hasSubgraph)};
 }
 
 AttributeProto& attributeNamed(onnx::NodeProto& node,
@@ -195,52 +200,81 @@ bool setText(const Kiv_Param_t& param, std::string* text) {
   return value.has_value();
 }
 
-std::optional<Fault> setTensor(const Kiv_Param_t& param,
-                               onnx::TensorProto& proto) {
-  if (staticTensor(param) == nullptr) return invalid(param, "is no tensor");
-  return tensorProtoOf(param.tensorParam, "", proto);
-}
-
-std::optional<Fault> setValue(const Kiv_Param_t& param,
-                              AttributeProto& attribute) {
-  bool isDone = false;
+bool setPlain(const Kiv_Param_t& param, AttributeProto& attribute) {
   switch (attribute.type()) {
     case AttributeProto::FLOAT:
-      isDone = setFloat(param, attribute);
-      break;
+      return setFloat(param, attribute);
     case AttributeProto::INT:
-      isDone = setInt(param, attribute);
-      break;
+      return setInt(param, attribute);
     case AttributeProto::STRING:
-      isDone = setText(param, attribute.mutable_s());
-      break;
+      return setText(param, attribute.mutable_s());
     case AttributeProto::FLOATS:
-      isDone = setFloats(param, attribute);
-      break;
+      return setFloats(param, attribute);
     case AttributeProto::INTS:
-      isDone = setInts(param, attribute);
-      break;
+      return setInts(param, attribute);
     case AttributeProto::STRINGS:
-      isDone = setText(param, attribute.add_strings());
-      break;
+      return setText(param, attribute.add_strings());
     case AttributeProto::GRAPH:
-      isDone = setText(param, attribute.mutable_g()->mutable_name());
-      break;
+      return setText(param, attribute.mutable_g()->mutable_name());
     case AttributeProto::GRAPHS:
-      isDone = setText(param, attribute.add_graphs()->mutable_name());
-      break;
-    case AttributeProto::TENSOR:
-      return setTensor(param, *attribute.mutable_t());
-    case AttributeProto::TENSORS:
-      return setTensor(param, *attribute.add_tensors());
+      return setText(param, attribute.add_graphs()->mutable_name());
     default:
-      break;
+      return false;
   }
-  if (isDone) return std::nullopt;
-  return invalid(param,
-                 "has no value of the kind " +
-                     AttributeProto::AttributeType_Name(attribute.type()) +
-                     ", which the operator's schema wants");
+}
+
+// Nothing for a value that is not of the attribute's kind.
+std::optional<Fault> setValue(const Kiv_Param_t& param, const DataSink& sink,
+                              AttributeProto& attribute, bool& isDone) {
+  isDone = true;
+  switch (attribute.type()) {
+    case AttributeProto::TENSOR:
+      if (staticTensor(param) != nullptr)
+        return tensorProtoOf(param.tensorParam, "", *attribute.mutable_t(),
+                             sink);
+      break;
+    case AttributeProto::TENSORS:
+      if (staticTensor(param) != nullptr)
+        return tensorProtoOf(param.tensorParam, "", *attribute.add_tensors());
+      break;
+    default:
+      isDone = setPlain(param, attribute);
+      return std::nullopt;
+  }
+  isDone = false;
+  return std::nullopt;
+}
+
+std::optional<Fault> checkSubgraph(const Kiv_Param_t& param,
+                                   const AttributeProto& attribute,
+                                   const HasSubgraph& hasSubgraph) {
+  const onnx::GraphProto* graph = nullptr;
+  if (attribute.type() == AttributeProto::GRAPH) graph = &attribute.g();
+  if (attribute.type() == AttributeProto::GRAPHS)
+    graph = &attribute.graphs(attribute.graphs_size() - 1);
+  if (graph == nullptr || hasSubgraph(graph->name())) return std::nullopt;
+  return invalid(param, "names the subgraph " + graph->name() +
+                            ", which the graph does not have");
+}
+
+// A recording without the version of its operators may not fit the schema that
+// is taken; the value alone decides then.
+std::optional<Fault> addAttribute(const Kiv_Param_t& param,
+                                  const onnx::OpSchema* schema,
+                                  const HasSubgraph& hasSubgraph,
+                                  const DataSink& sink, onnx::NodeProto& node) {
+  AttributeProto& attribute =
+      attributeNamed(node, attributeOf(schema, param, hasSubgraph));
+  bool isDone = false;
+  if (auto fault = setValue(param, sink, attribute, isDone)) return fault;
+  if (!isDone && !isListByElements(attribute.type())) {
+    attribute.Clear();
+    attribute.set_name(param.name);
+    attribute.set_type(kindByValue(param, hasSubgraph));
+    if (auto fault = setValue(param, sink, attribute, isDone)) return fault;
+  }
+  if (!isDone) return invalid(param, "is of a type that no attribute has");
+  return checkSubgraph(param, attribute, hasSubgraph);
 }
 
 }  // namespace
@@ -248,7 +282,11 @@ std::optional<Fault> setValue(const Kiv_Param_t& param,
 std::optional<Fault> addAttributes(const Kiv_OpConfigV1_t& config,
                                    const std::string& domain,
                                    std::int64_t version,
+                                   const HasSubgraph& hasSubgraph,
+                                   const DataSink& sink,
                                    onnx::NodeProto& node) {
+  const bool isConstant =
+      domain.empty() && config.typeName == std::string_view("Constant");
   const onnx::OpSchema* const schema = onnx::OpSchemaRegistry::Schema(
       config.typeName, static_cast<int>(version), domain);
   for (std::uint32_t i = 0; i < config.numParams; ++i) {
@@ -257,9 +295,9 @@ std::optional<Fault> addAttributes(const Kiv_OpConfigV1_t& config,
     if (param.paramType != KIV_PARAM_TYPE_SCALAR &&
         param.paramType != KIV_PARAM_TYPE_TENSOR)
       return invalid(param, "is neither a scalar nor a tensor");
-    AttributeProto& attribute =
-        attributeNamed(node, attributeOf(schema, param));
-    if (auto fault = setValue(param, attribute)) return fault;
+    if (auto fault = addAttribute(param, schema, hasSubgraph,
+                                  isConstant ? sink : storeInline, node))
+      return fault;
   }
   return std::nullopt;
 }

@@ -1,10 +1,10 @@
 #include "onnx_model/model_builder.h"
 
-#include <onnx/common/constants.h>
 #include <onnx/defs/schema.h>
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <utility>
 
 #include "onnx_model/attributes.h"
@@ -81,6 +81,31 @@ void describe(const Kiv_Tensor_t& tensor, onnx::ValueInfoProto& info) {
   }
 }
 
+// bytes; nothing beyond 64 bits
+std::optional<std::uint64_t> sizeOf(const onnx::TensorProto& proto) {
+  std::uint64_t size = sizeOfElement(proto.data_type());
+  for (const std::int64_t dimension : proto.dims())
+    if (dimension == 0) return 0;
+  for (const std::int64_t dimension : proto.dims()) {
+    const auto factor = static_cast<std::uint64_t>(dimension);
+    if (size > std::numeric_limits<std::uint64_t>::max() / factor)
+      return std::nullopt;
+    size *= factor;
+  }
+  return size;
+}
+
+std::optional<Fault> checkSize(const Kiv_Tensor_t& tensor,
+                               const onnx::TensorProto& proto) {
+  const auto wanted = sizeOf(proto);
+  const std::size_t size = bytesOf(plain(tensor)).size();
+  if (wanted == size) return std::nullopt;
+  return faultOf(tensor, KIV_GRAPH_ERROR_INVALID_TENSOR,
+                 "has " + std::to_string(size) +
+                     " bytes of data, which are not as many as its dimensions "
+                     "say");
+}
+
 bool isInput(Kiv_TensorType_t type) {
   return type == KIV_TENSOR_TYPE_INPUT || type == KIV_TENSOR_TYPE_INPUT_OUTPUT;
 }
@@ -97,11 +122,13 @@ void storeInline(std::span<const std::byte> data, onnx::TensorProto& proto) {
 
 std::optional<Fault> tensorProtoOf(const Kiv_Tensor_t& tensor,
                                    std::string_view name,
-                                   onnx::TensorProto& proto) {
+                                   onnx::TensorProto& proto,
+                                   const DataSink& sink) {
   if (auto fault = check(tensor)) return fault;
   describe(tensor, proto);
   if (!name.empty()) proto.set_name(std::string(name));
-  storeInline(bytesOf(plain(tensor)), proto);
+  if (auto fault = checkSize(tensor, proto)) return fault;
+  sink(bytesOf(plain(tensor)), proto);
   return std::nullopt;
 }
 
@@ -136,7 +163,8 @@ std::int64_t ModelBuilder::versionOf(const std::string& domain) {
   const auto& known =
       onnx::OpSchemaRegistry::DomainToVersionRange::Instance().Map();
   const auto range = known.find(domain);
-  const std::int64_t version = range == known.end() ? 1 : range->second.second;
+  std::int64_t version = range == known.end() ? 1 : range->second.second;
+  if (domain.empty() && newestOpset_ != 0) version = newestOpset_;
   warnings_.push_back("the version of the operators of " +
                       (domain.empty() ? std::string("ai.onnx") : domain) +
                       " is not recorded, " + std::to_string(version) +
@@ -188,9 +216,14 @@ std::optional<Fault> ModelBuilder::add(const Kiv_Tensor_t& tensor,
     value->initializer = std::make_unique<onnx::TensorProto>();
     value->initializer->set_name(value->name);
     describe(tensor, *value->initializer);
+    if (auto fault = checkSize(tensor, *value->initializer)) {
+      names_.erase(value->name);
+      return fault;
+    }
     sink_(bytesOf(record), *value->initializer);
   } else {
     value->info.set_name(value->name);
+    if (record.name != nullptr) value->info.set_doc_string(record.name);
     describe(tensor, value->info);
   }
   valuesById_[record.id] = value.get();
@@ -216,9 +249,10 @@ std::optional<Fault> ModelBuilder::addValues(GraphIndex graph,
       continue;
     }
     const auto found = valuesById_.find(record.id);
-    if (found == valuesById_.end())
+    if (found == valuesById_.end() ||
+        (!found->second->isOfContext && found->second->graph != graph))
       return faultOf(tensors[i], KIV_GRAPH_ERROR_INVALID_TENSOR,
-                     "is created by no call");
+                     "was created neither in the graph nor in its context");
     Value& value = *found->second;
     names.Add(std::string(value.name));
     if (areOutputs)
@@ -244,7 +278,10 @@ std::optional<Fault> ModelBuilder::addNode(GraphIndex graph,
   const std::string domain = plainDomain(
       record.packageName == nullptr ? "" : std::string(record.packageName));
   if (!domain.empty()) node.set_domain(domain);
-  auto fault = addAttributes(record, domain, versionOf(domain), node);
+  auto fault = addAttributes(
+      record, domain, versionOf(domain),
+      [&](const std::string& name) { return childOf(graph, name).has_value(); },
+      sink_, node);
   if (!fault)
     fault =
         addValues(graph, record.inputTensors, record.numInputs, false, node);

@@ -39,8 +39,8 @@ struct Fault {
   std::string message;
 };
 
-// Puts a static tensor's data into its initialiser, whose name, type and shape
-// are set. The data is valid during the call only.
+// Puts the data of a static tensor, or of a Constant, into the model's tensor,
+// whose name, type and shape are set. The data is valid during the call only.
 using DataSink =
     std::function<void(std::span<const std::byte> data, onnx::TensorProto&)>;
 
@@ -50,11 +50,14 @@ void storeInline(std::span<const std::byte> data, onnx::TensorProto& proto);
 // The element type of ONNX for one of the API; quantized numbers are integers
 // there. Nothing for 4-bit numbers and for types that tensors do not have.
 std::optional<onnx::TensorProto::DataType> onnxTypeOf(Kiv_DataType_t type);
+// bytes; 0 for an element type that the API does not have
+std::size_t sizeOfElement(std::int32_t onnxType);
 
-// A tensor in a file of its own, as data sets of tests hold it.
+// A tensor with its data, as files of test data hold it.
 std::optional<Fault> tensorProtoOf(const Kiv_Tensor_t& tensor,
                                    std::string_view name,
-                                   onnx::TensorProto& proto);
+                                   onnx::TensorProto& proto,
+                                   const DataSink& sink = storeInline);
 
 class ModelBuilder {
  public:
@@ -66,18 +69,23 @@ class ModelBuilder {
   bool setPlatformOption(std::string_view option);
   // The version of a domain; "" and "ai.onnx" are the default one.
   void setOpset(std::string domain, std::int64_t version);
+  // What is taken for the default domain where nothing names its version; else
+  // the newest that the library of ONNX knows.
+  void setNewestOpset(std::int64_t version) { newestOpset_ = version; }
 
   GraphIndex addGraph(std::string name);
   // A graph that a node of `parent` names in one of its parameters.
   GraphIndex addSubgraph(GraphIndex parent, std::string name);
 
-  // The record's id must differ from all that were added before. Inputs and
-  // outputs of a graph are in the order of their creation. A tensor of the
-  // context that is an input belongs to the graph that was created last.
+  // The record's id must differ from all that were added before, and a static
+  // tensor's data must be as large as its dimensions say. Inputs and outputs of
+  // a graph are in the order of their creation. A tensor of the context that is
+  // an input belongs to the graph that was created last.
   std::optional<Fault> addTensor(GraphIndex graph, const Kiv_Tensor_t& tensor);
   std::optional<Fault> addContextTensor(const Kiv_Tensor_t& tensor);
 
-  // The package is the operator's domain. The operator's schema tells how
+  // Its tensors are the graph's or the context's. The package is the operator's
+  // domain. The operator's schema tells how
   // parameters become attributes: a static tensor with one dimension is a list
   // or a tensor, a text is one or names a subgraph, and NAME_0, NAME_1, ... may
   // be elements of the list NAME.
@@ -87,7 +95,8 @@ class ModelBuilder {
   onnx::ModelProto build(GraphIndex graph) const;
 
   // The value's name in the model: the tensor's, which gets its id behind it
-  // if it is taken. Empty for an unknown id.
+  // if it is taken. Empty for an unknown id. The documentation of inputs and
+  // outputs is the tensor's own name.
   std::string_view nameOf(std::uint32_t id) const;
 
   // What a person should know, a line each: domains whose version nobody gave.
@@ -138,6 +147,7 @@ class ModelBuilder {
   std::map<std::uint32_t, Value*> valuesById_;
   std::set<std::string, std::less<>> names_;
   std::map<std::string, std::int64_t> opsets_;
+  std::int64_t newestOpset_ = 0;
   std::vector<std::string> warnings_;
 };
 

@@ -38,7 +38,8 @@ int run(const std::vector<std::string>& arguments) {
   const Verb verbs[] = {addReplay(program),  addInfo(program),
                         addCheck(program),   addDump(program),
                         addDiff(program),    addComplete(program),
-                        addPrepare(program), addCompare(program)};
+                        addPrepare(program), addCompare(program),
+                        addExtract(program), addExport(program)};
   try {
     // CLI11 takes them from the back.
     program.parse(

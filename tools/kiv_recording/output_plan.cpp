@@ -234,6 +234,10 @@ class PlanMaker {
     if (producer == graphs_.end()) return "no node writes it";
     if (producer->second.isSubgraph) return "it belongs to a subgraph";
     if (!tensor.record->size()) return "its size is not known";
+    // A client that does not know the dimensions may leave them out; a backend
+    // that gets a buffer of a wrong size gives none of the outputs.
+    if (choice_.isAll && tensor.record->isScalar())
+      return "it has no dimensions; name it if it is a single value";
     return "";
   }
 

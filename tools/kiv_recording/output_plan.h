@@ -40,7 +40,7 @@ class OwnedTensor {
   Kiv_Tensor_t record();
   // bytes; nothing where an element or a dimension is not known.
   std::optional<std::uint64_t> size() const { return size_; }
-  const std::string& name() const { return name_; }
+  bool isScalar() const { return dimensions_.empty(); }
 
  private:
   Kiv_TensorV1_t record_{};

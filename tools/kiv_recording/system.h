@@ -17,4 +17,9 @@ std::vector<std::string> utf8Arguments(int argc, char** argv);
 // end.
 void useBinaryOutput();
 
+// Goes on as the program of that name in this one's directory. Returns where
+// there is none, and where programs cannot become others.
+void becomeProgramBeside(const std::string& name,
+                         const std::vector<std::string>& arguments);
+
 }  // namespace kiv::tool

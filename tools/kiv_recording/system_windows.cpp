@@ -31,4 +31,7 @@ std::vector<std::string> utf8Arguments(int, char**) {
 
 void useBinaryOutput() { _setmode(_fileno(stdout), _O_BINARY); }
 
+// What stands beside the command elsewhere is not built for this system.
+void becomeProgramBeside(const std::string&, const std::vector<std::string>&) {}
+
 }  // namespace kiv::tool

@@ -30,5 +30,7 @@ Verb addDiff(CLI::App& program);
 Verb addComplete(CLI::App& program);
 Verb addPrepare(CLI::App& program);
 Verb addCompare(CLI::App& program);
+Verb addExtract(CLI::App& program);
+Verb addExport(CLI::App& program);
 
 }  // namespace kiv::tool
