@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "errors.h"
-#include "files.h"
 #include "random_data.h"
 #include "tensor_data.h"
 #include "tensor_records.h"
@@ -17,42 +16,22 @@ std::uint32_t sizeOf(const Tensor& tensor) {
   return byteSize(tensor.dataType, tensor.shape.dimensions, tensor.name);
 }
 
-std::vector<std::uint8_t> readProtobuf(const std::string& path,
-                                       const Tensor& tensor) {
-  onnx::TensorProto proto;
-  if (!proto.ParseFromString(readFile(path)))
-    throw ClientError(path + " is not an ONNX tensor");
-  Tensor read = readTensor(proto, path);
-  if (read.dataType != tensor.dataType)
-    throw ClientError(path + " has not the element type of " + tensor.name);
-  return std::move(read.data);
-}
-
-std::vector<std::uint8_t> readInputFile(const std::string& path,
-                                        const Tensor& tensor) {
-  if (path.ends_with(".pb")) return readProtobuf(path, tensor);
-  const std::string bytes = readFile(path);
-  return {bytes.begin(), bytes.end()};
-}
-
 }  // namespace
 
-Execution::Execution(Network& network, const std::vector<std::string>& files,
+Execution::Execution(Network& network, const InputOptions& options,
                      std::uint64_t seed)
     : generator_(seed) {
   checkSize(network);
+  std::vector<std::string> names;
   for (const TensorIndex index : network.graph.inputs) {
     inputs_.push_back({&network.tensors[index], true, {}});
+    names.push_back(network.tensors[index].name);
   }
   for (const TensorIndex index : network.graph.outputs) {
     outputs_.push_back({&network.tensors[index], false, {}});
   }
-  if (files.size() > inputs_.size()) {
-    throw ClientError("the network has only " + std::to_string(inputs_.size()) +
-                      " inputs");
-  }
-  for (std::size_t i = 0; i < files.size(); ++i)
-    readInput(files[i], inputs_[i]);
+  for (const auto& [index, path] : assignFiles(options.files, names))
+    readInput(path, options.images, inputs_[index]);
 }
 
 void Execution::prepare() {
@@ -83,10 +62,11 @@ void Execution::checkSize(const Network& network) const {
   }
 }
 
-void Execution::readInput(const std::string& path, Buffer& buffer) {
+void Execution::readInput(const std::string& path, const ImageOptions& options,
+                          Buffer& buffer) {
   const std::uint32_t wanted = sizeOf(*buffer.tensor);
   buffer.random = false;
-  buffer.data = readInputFile(path, *buffer.tensor);
+  buffer.data = readInputFile(path, *buffer.tensor, options);
   if (buffer.data.size() != wanted) {
     throw ClientError(path + " has " + std::to_string(buffer.data.size()) +
                       " bytes of data, input " + buffer.tensor->name +

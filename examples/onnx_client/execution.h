@@ -2,7 +2,7 @@
 
 // The inputs and outputs of a network's executions:
 //
-//   Execution execution(network, {"input.bin"}, seed);
+//   Execution execution(network, {{"x=line.png"}, {}}, seed);
 //   execution.prepare();
 //   api.graphExecute(graph, execution.inputs().data(), ...);
 
@@ -11,17 +11,23 @@
 #include <string>
 #include <vector>
 
+#include "input_files.h"
 #include "network.h"
 
 namespace onnx_client {
 
+// FILE or NAME=FILE, and how pictures among them become numbers.
+struct InputOptions {
+  std::vector<std::string> files;
+  ImageOptions images;
+};
+
 class Execution {
  public:
-  // Reads the files, in the order of the inputs; inputs without one get random
-  // values, new ones for each execution. A ClientError for a file that does not
-  // fit its input, NotAccepted for a network that needs more than 2 GiB.
-  Execution(Network& network, const std::vector<std::string>& files,
-            std::uint64_t seed);
+  // Reads the files; inputs without one get random values, new ones for each
+  // execution. A ClientError for a file that does not fit its input,
+  // NotAccepted for a network that needs more than 2 GiB.
+  Execution(Network& network, const InputOptions& options, std::uint64_t seed);
 
   // Random values for the inputs that have them, zeroes for the outputs.
   void prepare();
@@ -41,7 +47,8 @@ class Execution {
   };
 
   void checkSize(const Network& network) const;
-  void readInput(const std::string& path, Buffer& buffer);
+  static void readInput(const std::string& path, const ImageOptions& options,
+                        Buffer& buffer);
   static std::vector<Kiv_Tensor_t> records(std::vector<Buffer>& buffers);
 
   std::mt19937_64 generator_;

@@ -2,7 +2,8 @@
 //
 //   onnx_client network.onnx --backend libKivSaver.so --executions 3
 //
-// Prints one line about what it did, or one about why it could not.
+// Prints one line about what it did and one for each output of the last
+// execution, or one about why it could not.
 
 #include <algorithm>
 #include <cctype>
@@ -45,18 +46,23 @@ void printNotes(const std::vector<std::string>& notes) {
     std::cerr << "onnx_client: " << note << '\n';
 }
 
-// The library is unloaded last, which ends what it records.
-void run(const Options& options) {
-  Network network = readNetwork(options.network);
+// The library is unloaded last, which ends what it records. False where outputs
+// are not as expected.
+bool run(const Options& options) {
+  Network network = readNetwork(options.network, options.shapes);
   Execution execution(network, options.inputs, options.seed);
   const Library library(options.backend);
   applyRecordingOptions(library, options.recording, network.notes);
   Session session(library.api(), options);
   session.open(network);
-  session.execute(execution);
+  Results results(options.results, network.graph.name);
+  session.execute(execution, results);
   session.close();
   printNotes(network.notes);
   printSummary(network, session.totals(), options.executions);
+  const bool isRecorder = library.saverInitialize() != nullptr;
+  if (!isRecorder && options.executions > 0) Results::show(execution.outputs());
+  return results.areWithin();
 }
 
 // Names from a damaged file must not spoil the line.
@@ -75,7 +81,7 @@ int fail(std::string why) {
 int main(int argc, char** argv) {
   try {
     const auto options = onnx_client::parseOptions(argc, argv);
-    if (options) onnx_client::run(*options);
+    if (options && !onnx_client::run(*options)) return 1;
   } catch (const std::bad_alloc&) {
     return onnx_client::fail("out of memory");
   } catch (const std::exception& error) {

@@ -2,7 +2,10 @@
 
 #include <google/protobuf/stubs/logging.h>
 
+#include <filesystem>
+
 #include "errors.h"
+#include "external_data.h"
 #include "files.h"
 #include "graph_reader.h"
 #include "shapes.h"
@@ -21,17 +24,18 @@ onnx::ModelProto parseModel(const std::string& path) {
 
 }  // namespace
 
-Network readNetwork(const std::string& path) {
+Network readNetwork(const std::string& path, const GivenShapes& shapes) {
   onnx::ModelProto model = parseModel(path);
   if (!model.has_graph()) throw ClientError(path + " holds no graph");
-  return readNetwork(model);
+  readExternalData(model, std::filesystem::path(path).parent_path());
+  return readNetwork(model, shapes);
 }
 
-Network readNetwork(onnx::ModelProto& model) {
+Network readNetwork(onnx::ModelProto& model, const GivenShapes& shapes) {
   if (model.functions_size() > 0)
     throw NotAccepted("the network defines functions of its own");
   Network network;
-  const OpenShapes openShapes = settleShapes(model, network.notes);
+  const OpenShapes openShapes = settleShapes(model, shapes, network.notes);
   GraphReader(network, openShapes).readMain(model.graph());
   return network;
 }

@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "execution.h"
+#include "results.h"
+#include "shapes.h"
+
 namespace onnx_client {
 
 // Options for a library that records what it is asked to do.
@@ -24,7 +28,9 @@ struct Options {
   std::string network;
   std::string backend;
   std::uint32_t executions = 1;
-  std::vector<std::string> inputs;
+  InputOptions inputs;
+  GivenShapes shapes;
+  ResultOptions results;
   std::uint64_t seed = 0;
   std::optional<std::uint32_t> profileLevel;
   std::optional<std::uint32_t> priority;

@@ -80,7 +80,7 @@ void Session::open(Network& network) {
   if (!options_.saveBinary.empty()) saveBinary(network.notes);
 }
 
-void Session::execute(Execution& execution) {
+void Session::execute(Execution& execution, Results& results) {
   Progress progress;
   for (std::uint32_t i = 0; i < options_.executions; ++i) {
     execution.prepare();
@@ -89,6 +89,7 @@ void Session::execute(Execution& execution) {
     call("graphExecute", api_.graphExecute, graph_, inputs.data(),
          static_cast<std::uint32_t>(inputs.size()), outputs.data(),
          static_cast<std::uint32_t>(outputs.size()), profile_, nullptr);
+    results.take(i, outputs);
     totals_.bytes += execution.bytes();
     progress.report("executions done", i + 1);
   }

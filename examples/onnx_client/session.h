@@ -4,7 +4,7 @@
 //
 //   Session session(library.api(), options);
 //   session.open(network);      // build the graph, or load it from a binary
-//   session.execute(execution);
+//   session.execute(execution, results);
 //   session.close();
 //
 // A call that fails is a ClientError; what is open then is freed unchecked.
@@ -17,6 +17,7 @@
 #include "library_loader.h"
 #include "network.h"
 #include "options.h"
+#include "results.h"
 
 namespace onnx_client {
 
@@ -29,7 +30,7 @@ class Session {
 
   void open(Network& network);
   // As often as the options say; lists the profile's events afterwards.
-  void execute(Execution& execution);
+  void execute(Execution& execution, Results& results);
   void close();
 
   const Totals& totals() const { return totals_; }

@@ -3,8 +3,8 @@
 #include <onnx/shape_inference/implementation.h>
 
 #include <algorithm>
+#include <charconv>
 #include <exception>
-#include <set>
 
 #include "errors.h"
 #include "run_apart.h"
@@ -46,23 +46,61 @@ void forEachDimension(Values& values, Function function) {
   }
 }
 
-// Returns whether there was an open size.
-bool closeInputs(onnx::GraphProto& graph) {
-  std::set<std::string> symbols;
-  bool any = false;
-  forEachDimension(*graph.mutable_input(), [&](Dimension& dimension) {
-    if (!isOpen(dimension)) return;
-    any = true;
-    if (dimension.has_dim_param()) symbols.insert(dimension.dim_param());
-    dimension.set_dim_value(1);
+// Sizes by the names that stand for them in the file.
+using Symbols = std::map<std::string, std::int64_t>;
+
+void close(Dimension& dimension, std::int64_t size, Symbols& symbols) {
+  if (dimension.has_dim_param() && !dimension.dim_param().empty())
+    symbols.emplace(dimension.dim_param(), size);
+  dimension.set_dim_value(size);
+}
+
+void giveShape(onnx::ValueInfoProto& input,
+               const std::vector<std::uint32_t>& sizes, Symbols& symbols) {
+  auto& type = *input.mutable_type()->mutable_tensor_type();
+  if (!type.has_shape())
+    for (std::size_t i = 0; i < sizes.size(); ++i)
+      type.mutable_shape()->add_dim();
+  auto& dimensions = *type.mutable_shape()->mutable_dim();
+  if (dimensions.size() != static_cast<int>(sizes.size()))
+    throw ClientError("--shape gives input " + input.name() + " " +
+                      std::to_string(sizes.size()) + " sizes, it has " +
+                      std::to_string(dimensions.size()));
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    Dimension& dimension = dimensions[static_cast<int>(i)];
+    if (isOpen(dimension)) close(dimension, sizes[i], symbols);
+    if (dimension.dim_value() != sizes[i])
+      throw ClientError("--shape gives input " + input.name() + " the size " +
+                        std::to_string(sizes[i]) + " where the network has " +
+                        std::to_string(dimension.dim_value()));
+  }
+}
+
+void giveShapes(onnx::GraphProto& graph, const GivenShapes& given,
+                Symbols& symbols) {
+  for (const auto& [name, sizes] : given) {
+    Values& inputs = *graph.mutable_input();
+    const auto found =
+        std::find_if(inputs.begin(), inputs.end(),
+                     [&](const auto& input) { return input.name() == name; });
+    if (found == inputs.end())
+      throw ClientError("--shape: the network has no input " + name);
+    giveShape(*found, sizes, symbols);
+  }
+}
+
+void closeNamed(Values& values, const Symbols& symbols) {
+  forEachDimension(values, [&](Dimension& dimension) {
+    if (!dimension.has_dim_param()) return;
+    const auto found = symbols.find(dimension.dim_param());
+    if (found != symbols.end()) dimension.set_dim_value(found->second);
   });
-  symbols.erase("");
-  const auto closeNamed = [&](Dimension& dimension) {
-    if (symbols.contains(dimension.dim_param())) dimension.set_dim_value(1);
-  };
-  forEachDimension(*graph.mutable_output(), closeNamed);
-  forEachDimension(*graph.mutable_value_info(), closeNamed);
-  return any;
+}
+
+void noteOpen(const OpenShapes& open, std::vector<std::string>& notes) {
+  for (const auto& [name, flags] : open)
+    notes.push_back("sizes of input " + name +
+                    " that are open (--shape gives them) are taken as 1");
 }
 
 constexpr char kAllInferred = '+';
@@ -128,16 +166,40 @@ Shape readShape(const onnx::TypeProto::Tensor& type, const std::string& what) {
 
 }  // namespace
 
-OpenShapes settleShapes(onnx::ModelProto& model,
+void parseShape(const std::string& text, GivenShapes& shapes) {
+  const std::size_t equals = text.rfind('=');
+  std::vector<std::uint32_t> sizes;
+  const char* at = text.data() + std::min(equals, text.size());
+  const char* const end = text.data() + text.size();
+  bool isGood = equals != std::string::npos && equals != 0;
+  while (isGood && at != end) {
+    std::uint32_t size = 0;
+    const auto result = std::from_chars(at + 1, end, size);
+    isGood =
+        result.ec == std::errc{} && (result.ptr == end || *result.ptr == 'x');
+    sizes.push_back(size);
+    at = result.ptr;
+  }
+  if (!isGood)
+    throw ClientError("--shape: " + text + " is not like x=1x3x48x192");
+  shapes[text.substr(0, equals)] = sizes;
+}
+
+OpenShapes settleShapes(onnx::ModelProto& model, const GivenShapes& given,
                         std::vector<std::string>& notes) {
   OpenShapes open;
   onnx::GraphProto& graph = *model.mutable_graph();
+  Symbols symbols;
+  giveShapes(graph, given, symbols);
+  closeNamed(*graph.mutable_input(), symbols);
   collectOpen(graph.input(), open);
-  collectOpen(graph.output(), open);
-  if (closeInputs(graph)) {
-    notes.emplace_back(
-        "sizes that the network's inputs leave open are taken as 1");
-  }
+  noteOpen(open, notes);
+  if (given.empty() || !open.empty()) collectOpen(graph.output(), open);
+  forEachDimension(*graph.mutable_input(), [&](Dimension& dimension) {
+    if (isOpen(dimension)) close(dimension, 1, symbols);
+  });
+  closeNamed(*graph.mutable_output(), symbols);
+  closeNamed(*graph.mutable_value_info(), symbols);
   if (!inferShapes(model))
     notes.emplace_back("not all shapes of the network could be inferred");
   return open;

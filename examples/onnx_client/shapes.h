@@ -19,10 +19,17 @@ namespace onnx_client {
 // out.
 using OpenShapes = std::map<std::string, std::vector<std::uint8_t>>;
 
-// Takes the open sizes of the main inputs as 1, carries named ones on to the
-// other values, and infers sizes that the file does not have. Notes say what
-// was done.
-OpenShapes settleShapes(onnx::ModelProto& model,
+// Sizes of main inputs by name, as the user gives them.
+using GivenShapes = std::map<std::string, std::vector<std::uint32_t>>;
+
+// "x=1x3x48x192"; a ClientError for another text.
+void parseShape(const std::string& text, GivenShapes& shapes);
+
+// Gives open sizes of the main inputs, takes the others as 1, carries named
+// ones on to the other values, and infers sizes that the file does not have.
+// Given sizes are no longer open. Notes say what was done. A ClientError for a
+// given shape that does not fit.
+OpenShapes settleShapes(onnx::ModelProto& model, const GivenShapes& given,
                         std::vector<std::string>& notes);
 
 // The declared types of one graph's values by name.
