@@ -335,7 +335,8 @@ void ModelBuilder::fillGraph(
   const auto add = [isMain](const Value& value, onnx::ValueInfoProto& info) {
     info = value.info;
     // A shape that is not known looks there as that of a single value.
-    if (!isMain) info.mutable_type()->mutable_tensor_type()->clear_shape();
+    auto& type = *info.mutable_type()->mutable_tensor_type();
+    if (!isMain && type.shape().dim_size() == 0) type.clear_shape();
   };
   for (const Value* value :
        own == values.end() ? std::vector<const Value*>{} : own->second) {

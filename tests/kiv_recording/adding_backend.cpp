@@ -122,6 +122,7 @@ Kiv_ErrorHandle_t execute(Kiv_GraphHandle_t handle, const Kiv_Tensor_t* inputs,
 KivInterface_t makeProvider() {
   KivInterface_t provider{};
   provider.providerName = "KIV_ADDER";
+  provider.apiVersion.coreApiVersion.majorVersion = KIV_CORE_API_VERSION_MAJOR;
   auto& table = provider.KIV_INTERFACE_VER_NAME;
   table.backendCreate = [](Kiv_LogHandle_t, const KivBackend_Config_t**,
                            Kiv_BackendHandle_t* handle) {

@@ -78,6 +78,22 @@ prints "extract"
 replay 2 --outputs all
 [ ! -e none ] || fail "something was saved"
 
+# Data of the recording itself.
+run 0 extract recording --tensor w -o w.npy
+[ "$(values w.npy)" = "1 0.5 0.25 -1 -2 -3" ] || fail "w is $(values w.npy)"
+run 1 extract recording --tensor x -o x.npy
+prints "2 arrays of that name"
+run 0 extract recording --execution 1 -o second
+[ "$(values second/main%20graph/1/x.npy)" = "-1 0 0.25 0.001 1e+06 7" ] ||
+  fail "x is $(values second/main%20graph/1/x.npy)"
+[ "$(cat second/outputs.txt)" = main%20graph/1/x.npy ] || fail "more is there"
+run 0 extract recording --all -o data
+[ "$(cut -d/ -f2- data/outputs.txt | xargs)" = \
+  "static/w.npy 0/x.npy 1/x.npy" ] || fail "$(cat data/outputs.txt)"
+run 1 extract recording --execution 2 -o none2
+run 2 extract recording -o none2
+run 2 extract recording --all --tensor w -o none2
+
 # compare marks the first output that is over, and sees what is missing.
 run 0 compare all all
 run 1 compare wrong all

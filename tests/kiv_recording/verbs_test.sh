@@ -126,7 +126,8 @@ mv recording/saver_output.c recording/first.c
 run 2 info recording
 run 0 info recording --model-file first.c
 run 0 info recording/first.c
-for verb in replay info check dump diff complete prepare compare; do
+for verb in replay info check dump diff complete prepare compare extract \
+  export; do
   run 0 "$verb" --help
   prints Example
 done

@@ -105,5 +105,38 @@ TEST(NetworkReader, RefusesWhatIsBrokenOrCannotBeExpressed) {
             "not accepted: the network defines functions of its own");
 }
 
+TEST(NetworkReader, GivesOpenSizesToAllThatNameThem) {
+  const char* const graph =
+      "net (float[N, 3] x, float[N] y, float[M] z) => (float[N, 3] o) "
+      "{ o = Relu(x) }";
+  GivenShapes shapes;
+  parseShape("x=2x3", shapes);
+  onnx::ModelProto model = modelOf(graph);
+  Network network = readNetwork(model, shapes);
+  const auto line = [&](TensorIndex index) {
+    return textOf(network.tensors[index]);
+  };
+  EXPECT_EQ(line(0), "x 232[2,3]");
+  EXPECT_EQ(line(1), "y 232[2]");
+  EXPECT_EQ(line(2), "z 232[1?]");
+  ASSERT_EQ(network.notes.size(), 1U);
+  EXPECT_NE(network.notes[0].find("input z"), std::string::npos);
+  // Nothing is open where all sizes are given.
+  parseShape("z=4", shapes);
+  model = modelOf(graph);
+  network = readNetwork(model, shapes);
+  EXPECT_EQ(line(3), "o 232[2,3]");
+  EXPECT_TRUE(network.notes.empty());
+
+  for (const char* shape : {"x=2x4", "x=2", "n=1"}) {
+    GivenShapes wrong;
+    parseShape(shape, wrong);
+    model = modelOf(graph);
+    EXPECT_NE(errorOf([&] { readNetwork(model, wrong); }), "") << shape;
+  }
+  for (const char* shape : {"x", "=1", "x=", "x=1x", "x=a", "x=-1"})
+    EXPECT_NE(errorOf([&] { parseShape(shape, shapes); }), "") << shape;
+}
+
 }  // namespace
 }  // namespace onnx_client
