@@ -8,6 +8,7 @@ packages=(
   libgtest-dev libgmock-dev valgrind
   libcli11-dev libfmt-dev nlohmann-json3-dev help2man
   libonnx-dev libprotobuf-dev protobuf-compiler libonnx-testdata
+  libpng-dev libjpeg-dev
   clang-format clang-tidy
   g++-mingw-w64-x86-64-posix googletest wine wine64
 )

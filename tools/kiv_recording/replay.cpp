@@ -88,8 +88,8 @@ recording::ReplayOptions replayOptions(const Options& options) {
 class Watcher final : public recording::ReplayObserver {
  public:
   // `keeper` may be null.
-  Watcher(std::size_t calls, OutputKeeper* keeper)
-      : progress_("calls", calls), keeper_(keeper) {}
+  Watcher(std::size_t calls, OutputKeeper* keeper, bool keepsTimes)
+      : progress_("calls", calls), keeper_(keeper), keepsTimes_(keepsTimes) {}
 
   void prepareCall(std::size_t call, Arguments& arguments) override {
     if (keeper_ != nullptr) keeper_->prepare(call, arguments);
@@ -99,7 +99,7 @@ class Watcher final : public recording::ReplayObserver {
     return true;
   }
   void afterCall(const CallResult& result) override {
-    times_.add(result);
+    if (keepsTimes_) times_.add(result);
     if (keeper_ != nullptr) keeper_->afterCall(result);
   }
   void saved(const std::filesystem::path& path) override {
@@ -111,6 +111,7 @@ class Watcher final : public recording::ReplayObserver {
  private:
   Progress progress_;
   OutputKeeper* keeper_;
+  bool keepsTimes_;
   Times times_;
 };
 
@@ -193,7 +194,8 @@ int replay(const Options& options) {
   ReplayResult result;
   {
     Watcher watcher(recording->calls().size(),
-                    options.keepsOutputs() ? &keeper : nullptr);
+                    options.keepsOutputs() ? &keeper : nullptr,
+                    options.repeat > 1 || !options.timeFile.empty());
     result = replayer.run(replayOptions(options), &watcher);
     if (options.repeat > 1 && !watcher.times().summary().empty())
       fmt::print(stderr, "{}\n", watcher.times().summary());
