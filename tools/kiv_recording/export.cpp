@@ -25,7 +25,7 @@ integers; their scales are not written.
 
 Example: look at the network of a recording, and run it elsewhere
   kiv-recording export saver_output -o network --test-data
-  netron network/model.onnx
+  onnx_client network/model.onnx --backend ./libBackend.so
 
 --test-data writes OUT/test_data_set_0/input_N.pb, N in the order of the model's
 inputs.)";
