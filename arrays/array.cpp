@@ -191,8 +191,7 @@ std::optional<ArrayView> viewOf(const Kiv_Tensor_t& tensor, std::string& why) {
     return std::nullopt;
   }
   const std::size_t elements = size / element->size;
-  if (!count || *count != elements || size % element->size != 0)
-    view.shape = {elements};
+  if (count != std::uint64_t{elements}) view.shape = {elements};
   view.data = {data, elements * element->size};
   return view;
 }

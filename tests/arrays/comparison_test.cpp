@@ -36,7 +36,7 @@ TEST(Comparison, FiguresAreThoseOfThePair) {
 
 TEST(Comparison, TheExpectedValueScalesTheTolerance) {
   EXPECT_FALSE(figuresOf(floats({110}), floats({100}), {0.1, 0}).isOver());
-  EXPECT_TRUE(figuresOf(floats({100}), floats({89}), {0.1, 0}).isOver());
+  EXPECT_TRUE(figuresOf(floats({100}), floats({90.5}), {0.1, 0}).isOver());
   EXPECT_FALSE(figuresOf(floats({0.5}), floats({0}), {0.1, 0.5}).isOver());
 }
 

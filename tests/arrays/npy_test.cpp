@@ -102,6 +102,10 @@ TEST(Npy, OtherFilesAreRefused) {
                            "(4294967296, 4294967296, 4)}",
                            "")),
             "");
+  EXPECT_NE(refusal(fileOf("{'descr': '<f8', 'fortran_order': False, 'shape': "
+                           "(2305843009213693952,)}",
+                           "")),
+            "");
   EXPECT_NE(refusal(fileOf("{'descr': '<f4'}", "1234")), "");
   std::string why;
   EXPECT_FALSE(readNpy("no/such.npy", why));

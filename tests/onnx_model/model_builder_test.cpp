@@ -112,7 +112,6 @@ TEST_F(Model, SubgraphsSeeTensorsOfTheContext) {
   const auto y = make("y", KIV_TENSOR_TYPE_OUTPUT);
   EXPECT_FALSE(builder_.addTensor(main, condition));
   EXPECT_FALSE(builder_.addContextTensor(weight));
-  EXPECT_FALSE(builder_.addTensor(main, y));
   for (const char* name : {"then", "else"}) {
     const GraphIndex branch = builder_.addSubgraph(main, name);
     const auto result = make("result", KIV_TENSOR_TYPE_OUTPUT);
@@ -120,6 +119,7 @@ TEST_F(Model, SubgraphsSeeTensorsOfTheContext) {
     EXPECT_FALSE(add(branch, "Add", {weight, weight}, {result}));
     EXPECT_TRUE(add(branch, "Add", {weight, condition}, {result}));
   }
+  EXPECT_FALSE(builder_.addContextTensor(y));
   EXPECT_TRUE(add(main, "If", {condition}, {y}, {text("then_branch", "no")}));
   EXPECT_FALSE(add(main, "If", {condition}, {y},
                    {text("then_branch", "then"), text("else_branch", "else")}));
@@ -127,6 +127,7 @@ TEST_F(Model, SubgraphsSeeTensorsOfTheContext) {
   EXPECT_NO_THROW(onnx::checker::check_model(model));
   ASSERT_EQ(model.graph().initializer_size(), 1);
   EXPECT_EQ(model.graph().input_size(), 1);
+  EXPECT_EQ(model.graph().output_size(), 1);
   const auto& branch = model.graph().node(0).attribute(1).g();
   EXPECT_EQ(branch.initializer_size(), 0);
   EXPECT_EQ(branch.output(0).name(), "result_5");
