@@ -50,7 +50,7 @@ check_tidy() {
     return
   fi
   if files src/'*.cpp' backends/'*.cpp' examples/'*.c' examples/'*.cpp' \
-    recording/'*.cpp' tools/'*.cpp' ':!:*_windows.cpp' |
+    arrays/'*.cpp' onnx_model/'*.cpp' recording/'*.cpp' tools/'*.cpp' ':!:*_windows.cpp' |
     xargs -0 -n 4 -P 2 clang-tidy --quiet -p build/clang \
       2> >(grep -vE '^[0-9]+ warnings? generated' >&2); then
     passed=$((passed + 1))

@@ -18,8 +18,8 @@ std::string numberText(double number, int digits) {
 std::string placeOf(std::uint64_t index, const Shape& shape) {
   std::string place;
   for (std::size_t i = shape.size(); i-- > 0;) {
-    place =
-        std::to_string(index % shape[i]) + (place.empty() ? "" : ", " + place);
+    place.insert(0, place.empty() ? "" : ", ");
+    place.insert(0, std::to_string(index % shape[i]));
     index /= shape[i];
   }
   return "[" + place + "]";

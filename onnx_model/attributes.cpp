@@ -195,8 +195,8 @@ bool setFloats(const Kiv_Param_t& param, AttributeProto& attribute) {
 }
 
 bool setText(const Kiv_Param_t& param, std::string* text) {
-  auto value = textOf(param);
-  if (value) *text = *std::move(value);
+  const auto value = textOf(param);
+  if (value) *text = *value;
   return value.has_value();
 }
 

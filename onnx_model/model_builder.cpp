@@ -17,7 +17,7 @@ constexpr std::string_view kOpset = "onnx.opset";
 // every operator that the library knows needs.
 constexpr std::int64_t kIrVersion = 8;
 
-std::string plainDomain(std::string domain) {
+std::string plainDomain(const std::string& domain) {
   return domain == "ai.onnx" ? std::string() : domain;
 }
 
@@ -153,8 +153,8 @@ bool ModelBuilder::setPlatformOption(std::string_view option) {
   return true;
 }
 
-void ModelBuilder::setOpset(std::string domain, std::int64_t version) {
-  opsets_[plainDomain(std::move(domain))] = version;
+void ModelBuilder::setOpset(const std::string& domain, std::int64_t version) {
+  opsets_[plainDomain(domain)] = version;
 }
 
 std::int64_t ModelBuilder::versionOf(const std::string& domain) {

@@ -68,7 +68,7 @@ class ModelBuilder {
   // node.
   bool setPlatformOption(std::string_view option);
   // The version of a domain; "" and "ai.onnx" are the default one.
-  void setOpset(std::string domain, std::int64_t version);
+  void setOpset(const std::string& domain, std::int64_t version);
   // What is taken for the default domain where nothing names its version; else
   // the newest that the library of ONNX knows.
   void setNewestOpset(std::int64_t version) { newestOpset_ = version; }

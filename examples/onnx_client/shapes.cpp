@@ -80,9 +80,9 @@ void giveShapes(onnx::GraphProto& graph, const GivenShapes& given,
                 Symbols& symbols) {
   for (const auto& [name, sizes] : given) {
     Values& inputs = *graph.mutable_input();
-    const auto found =
-        std::find_if(inputs.begin(), inputs.end(),
-                     [&](const auto& input) { return input.name() == name; });
+    const auto found = std::find_if(
+        inputs.begin(), inputs.end(),
+        [&wanted = name](const auto& input) { return input.name() == wanted; });
     if (found == inputs.end())
       throw ClientError("--shape: the network has no input " + name);
     giveShape(*found, sizes, symbols);

@@ -8,7 +8,6 @@ namespace {
 
 using format::ArgumentKind;
 using recording::Arguments;
-using recording::Value;
 
 void put(Text& text, std::string_view string) { text.append(string); }
 
