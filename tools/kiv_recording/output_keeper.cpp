@@ -10,7 +10,6 @@ namespace kiv::tool {
 
 using recording::Arguments;
 using recording::CallResult;
-namespace calls = format::calls;
 
 void showDifference(const arrays::Difference& difference, bool isFirstOver) {
   const char* const mark = !difference.isOver() ? "  "
@@ -106,7 +105,7 @@ void OutputKeeper::keepOutput(const OutputPlan::Execution& execution,
   std::string why;
   const auto view = arrays::viewOf(tensor, why);
   if (!view)
-    return fail(fmt::format("output \"{}\" of graph \"{}\": {}", name.tensor,
+    return fail(fmt::format(R"(output "{}" of graph "{}": {})", name.tensor,
                             name.graph, why));
   if (writer_ && !writer_->save(name, *view, why)) fail(why);
   if (!comparison_) return;
