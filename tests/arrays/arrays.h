@@ -26,7 +26,7 @@ inline arrays::Array floats(std::vector<float> values) {
 
 inline std::vector<std::byte> bytesOf(std::string_view text) {
   std::vector<std::byte> bytes(text.size());
-  std::memcpy(bytes.data(), text.data(), text.size());
+  if (!text.empty()) std::memcpy(bytes.data(), text.data(), text.size());
   return bytes;
 }
 
