@@ -1,12 +1,9 @@
-#include <array>
-#include <ctime>
 #include <string>
 
 #include "Saver/KivSaver.h"
 #include "api/entry.h"
 #include "format/literals.h"
-#include "output/output_files.h"
-#include "platform/local_time.h"
+#include "output/output_settings.h"
 #include "writers/enum_value.h"
 
 namespace kiv::api {
@@ -57,21 +54,6 @@ constexpr Failure kFooterAlone = {
     "KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER must be provided concurrently with "
     "KIV_SAVER_CONFIG_OPTION_FILE_CONFIG"};
 
-// The names of both files with the time in them, and the time as people write
-// it.
-void stampFileNames(OutputChanges& changes) {
-  const std::tm now = platform::localTime();
-  std::array<char, 32> text{};
-  const auto format = [&](const char* pattern) {
-    return std::string(text.data(),
-                       std::strftime(text.data(), text.size(), pattern, &now));
-  };
-  changes.timeStamp = format("%m-%d-%Y_%H:%M:%S");
-  const std::string stamp = format("%m-%d-%Y_%H_%M_%S");
-  changes.stampedNames = OutputChanges::FileNames{
-      "saver_output_" + stamp + ".c", "params_" + stamp + ".bin"};
-}
-
 std::string directoryFrom(const char* text) {
   if (text != nullptr && *text != '\0') return text;
   log::log(log::Level::kWarning,
@@ -90,55 +72,48 @@ Status readFileNames(const KivSaver_FileConfig_t& config,
   if (model == data) return fail(kSameFileNames);
   if (format::isUnsafeInLiteral(data) || data.find('%') != std::string::npos)
     log::log(log::Level::kWarning, kUnsafeFileName, data.c_str());
-  changes.fileNames = OutputChanges::FileNames{model, data};
+  changes.fileNames = output::FileNames{model, data};
   return Status::kOk;
 }
 
-// What the client gave; the time stamp counts as given whatever its value.
-struct Given {
-  OutputChanges changes;
-  bool timeStamp = false;
-};
-
-Status readOption(const KivSaver_Config_t& config, Given& given) {
+Status readOption(const KivSaver_Config_t& config, OutputChanges& changes) {
   const std::uint32_t option = writers::enumValue(config.option);
   switch (option) {
     case KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY:
-      given.changes.directory = directoryFrom(config.outputDirectory);
+      changes.directory = directoryFrom(config.outputDirectory);
       return Status::kOk;
     case KIV_SAVER_CONFIG_OPTION_APPEND_TIMESTAMP:
-      given.timeStamp = true;
-      given.changes.stampedNames.reset();
-      given.changes.timeStamp.clear();
-      if (config.appendTimestamp != 0) stampFileNames(given.changes);
+      changes.saysTimeStamp = true;
+      changes.stampedNames.reset();
+      changes.timeStamp.clear();
+      if (config.appendTimestamp != 0) output::stampFileNames(changes);
       return Status::kOk;
     case KIV_SAVER_CONFIG_OPTION_BACKEND_ID:
-      given.changes.backendId = config.backendId;
+      changes.backendId = config.backendId;
       return Status::kOk;
     case KIV_SAVER_CONFIG_OPTION_FILE_CONFIG:
-      return readFileNames(config.fileConfig, given.changes);
+      return readFileNames(config.fileConfig, changes);
     case KIV_SAVER_CONFIG_WRITE_OUTPUT_HEADER:
-      given.changes.writeHeader = config.writeHeader != 0;
+      changes.writeHeader = config.writeHeader != 0;
       return Status::kOk;
     case KIV_SAVER_CONFIG_WRITE_OUTPUT_FOOTER:
-      given.changes.writeFooter = config.writeFooter != 0;
+      changes.writeFooter = config.writeFooter != 0;
       return Status::kOk;
     default:
       return fail(kUnknownOption, static_cast<long>(option));
   }
 }
 
-Status readOptions(const KivSaver_Config_t** config, Given& given) {
+Status readOptions(const KivSaver_Config_t** config, OutputChanges& changes) {
   for (; config != nullptr && *config != nullptr; ++config) {
-    if (const Status s = readOption(**config, given); !ok(s)) return s;
+    if (const Status s = readOption(**config, changes); !ok(s)) return s;
   }
   return Status::kOk;
 }
 
-Status checkTiming(const Given& given, bool started) {
-  const OutputChanges& changes = given.changes;
+Status checkTiming(const OutputChanges& changes, bool started) {
   const bool withFileNames = changes.fileNames.has_value();
-  if (started && given.timeStamp) return fail(kStampTooLate);
+  if (started && changes.saysTimeStamp) return fail(kStampTooLate);
   if (withFileNames) return Status::kOk;
   if (started && changes.backendId) return fail(kBackendIdAlone);
   if (started && changes.directory) return fail(kDirectoryAlone);
@@ -148,15 +123,14 @@ Status checkTiming(const Given& given, bool started) {
 }
 
 Status initialize(Session& session, const KivSaver_Config_t** config) {
-  Given given;
-  if (const Status s = readOptions(config, given); !ok(s)) return s;
+  OutputChanges changes;
+  if (const Status s = readOptions(config, changes); !ok(s)) return s;
   // Another thread may start the session in between; then the rules are
   // others.
   for (;;) {
     const bool started = session.started();
-    if (const Status s = checkTiming(given, started); !ok(s)) return s;
-    if (const auto status = session.configure(given.changes, started))
-      return *status;
+    if (const Status s = checkTiming(changes, started); !ok(s)) return s;
+    if (const auto status = session.configure(changes, started)) return *status;
   }
 }
 

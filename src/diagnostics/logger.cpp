@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "diagnostics/spin_lock.h"
+#include "diagnostics/standard_error.h"
 #include "platform/clock.h"
 
 namespace kiv::log {
@@ -84,10 +85,15 @@ Status Logger::free() {
 }
 
 void log(Level level, const char* format, ...) {
+  va_list arguments;
+  if (usesStandardError()) {
+    va_start(arguments, format);
+    printToStandardError(level, format, arguments);
+    va_end(arguments);
+  }
   const auto logger = slot.get();
   const auto number = static_cast<std::int32_t>(level);
   if (logger == nullptr || number > logger->maxLevel_) return;
-  va_list arguments;
   va_start(arguments, format);
   logger->callback_(format, static_cast<KivLog_Level_t>(number),
                     platform::monotonicNanoseconds() - logger->startTime_,

@@ -32,6 +32,7 @@ class ModelFile {
   Failed writeString(std::string_view text);
   Failed close() { return file_.close(); }
 
+  const std::string& path() const { return file_.path(); }
   std::uint64_t end() const { return file_.end(); }
   Failed restore(std::uint64_t end) { return file_.restore(end); }
 

@@ -4,6 +4,7 @@
 #include <thread>
 #include <utility>
 
+#include "diagnostics/standard_error.h"
 #include "format/frame.h"
 
 namespace kiv::output {
@@ -64,6 +65,7 @@ OutputFiles::~OutputFiles() {
   Messages messages;
   if (!model_.isOpen()) return;
   writeFooter(messages);
+  reportEnd();
   if (model_.isOpen()) messages.add(model_.close());
 }
 
@@ -115,22 +117,6 @@ bool OutputFiles::writeFooter(Messages& messages) {
   return !settings_.writeFooter || model_.writeFooter(messages);
 }
 
-OutputSettings OutputFiles::changed(const OutputChanges& changes) const {
-  OutputSettings settings = settings_;
-  if (changes.directory) settings.directory = *changes.directory;
-  if (changes.backendId) settings.backendId = *changes.backendId;
-  if (changes.writeHeader) settings.writeHeader = *changes.writeHeader;
-  if (changes.writeFooter) settings.writeFooter = *changes.writeFooter;
-  const auto& names =
-      changes.stampedNames ? changes.stampedNames : changes.fileNames;
-  if (names) {
-    settings.modelFileName = names->model;
-    settings.dataFileName = names->data;
-    settings.timeStamp = changes.timeStamp;
-  }
-  return settings;
-}
-
 void OutputFiles::adopt(OutputSettings settings) {
   if (filesOf(settings) != filesOf(settings_)) refused_ = false;
   settings_ = std::move(settings);
@@ -158,6 +144,7 @@ const char* OutputFiles::endProgram(Messages& messages) {
       if (!model_.isOpen()) closeBoth(messages);
       return "Failure when writing model footer";
     }
+    reportEnd();
     if (messages.add(model_.close())) {
       closeBoth(messages);
       return "Failure when closing model file";
@@ -177,6 +164,7 @@ const char* OutputFiles::beginProgram(Messages& messages) {
     return "Failure when writing model header";
   }
   if (!openData(messages)) return "Failure when opening data file";
+  calls_ = 0;
   return nullptr;
 }
 
@@ -189,7 +177,15 @@ bool OutputFiles::hasWritten(const OutputSettings& settings) const {
 // The lock is never released: nothing may follow the footer.
 void OutputFiles::finishDespiteCalls() {
   Messages messages;
-  if (mutex_.try_lock() && model_.isOpen()) writeFooter(messages);
+  if (!mutex_.try_lock() || !model_.isOpen()) return;
+  writeFooter(messages);
+  reportEnd();
+}
+
+void OutputFiles::reportEnd() const {
+  log::report(std::to_string(calls_) + " calls recorded, " +
+              std::to_string(model_.end()) + " bytes of text and " +
+              std::to_string(data_.end()) + " bytes of data: " + model_.path());
 }
 
 Status OutputFiles::append(std::span<const DataRun> runs, std::string_view text,
@@ -202,6 +198,7 @@ Status OutputFiles::append(std::span<const DataRun> runs, std::string_view text,
   if (messages.add(model_.writeString(text))) return failures.text;
   undoData.keep();
   undoModel.keep();
+  ++calls_;
   return Status::kOk;
 }
 

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -12,41 +11,9 @@
 #include "output/code_stream.h"
 #include "output/data_file.h"
 #include "output/model_file.h"
+#include "output/output_settings.h"
 
 namespace kiv::output {
-
-// Where a recording goes and what surrounds its calls.
-struct OutputSettings {
-  std::string directory = "./saver_output/";
-  std::string modelFileName = "saver_output.c";
-  std::string dataFileName = "params.bin";
-  std::uint32_t backendId = 0;
-  bool writeHeader = true;
-  bool writeFooter = true;
-  // Shown in the header when the file names carry a time stamp.
-  std::string timeStamp;
-
-  std::string modelPath() const { return pathOf(directory, modelFileName); }
-  std::string dataPath() const { return pathOf(directory, dataFileName); }
-};
-
-// Settings to be changed; what is not given stays.
-struct OutputChanges {
-  struct FileNames {
-    std::string model;
-    std::string data;
-  };
-
-  std::optional<std::string> directory;
-  std::optional<std::uint32_t> backendId;
-  // Given by the client; while files are open it switches to new ones.
-  std::optional<FileNames> fileNames;
-  std::optional<bool> writeHeader;
-  std::optional<bool> writeFooter;
-  // Names made from the time, which win over fileNames, and the time itself.
-  std::optional<FileNames> stampedNames;
-  std::string timeStamp;
-};
 
 // The codes of a call that could not be written, for either file.
 struct WriteFailures {
@@ -77,9 +44,7 @@ class OutputFiles {
   // not tried again.
   Status start(Messages& messages);
 
-  // The settings as they are, and as changes would make them.
   const OutputSettings& settings() const { return settings_; }
-  OutputSettings changed(const OutputChanges& changes) const;
 
   // Takes settings for the next start.
   void adopt(OutputSettings settings);
@@ -112,6 +77,7 @@ class OutputFiles {
   const char* endProgram(Messages& messages);
   const char* beginProgram(Messages& messages);
   bool hasWritten(const OutputSettings& settings) const;
+  void reportEnd() const;
   std::unique_lock<std::mutex> lock();
 
   std::mutex mutex_;
@@ -123,6 +89,8 @@ class OutputFiles {
   bool refused_ = false;
   // Paths of the files that this session has switched away from.
   std::set<std::string> written_;
+  // Of this program, by this session.
+  std::uint64_t calls_ = 0;
   DataFile data_;
   ModelFile model_;
 };

@@ -3,26 +3,31 @@
 #include <algorithm>
 #include <utility>
 
+#include "diagnostics/standard_error.h"
+#include "output/output_settings.h"
+
 namespace kiv::output {
 namespace {
+
+void reportFailure(const std::string& path) {
+  if (log::usesStandardError())
+    log::reportFailure(path, platform::lastFailure());
+}
 
 // The text's "pal::Directory::create" stands as it is known to users.
 Failed ensureDirectory(const std::string& path) {
   if (platform::pathExists(path)) {
     if (platform::isDirectory(path)) return std::nullopt;
+    log::reportFailure(path, "this is no directory");
     return Message{"%s already exists", path};
   }
   if (platform::createDirectory(path) || platform::isDirectory(path))
     return std::nullopt;
+  reportFailure(platform::absolutePath(path));
   return Message{"Could not create directory, pal::Directory::create failed"};
 }
 
 }  // namespace
-
-std::string pathOf(const std::string& directory, const std::string& fileName) {
-  const bool needsSlash = !directory.empty() && directory.back() != '/';
-  return directory + (needsSlash ? "/" : "") + fileName;
-}
 
 RecordedFile::~RecordedFile() {
   if (stream_ == nullptr) return;
@@ -38,16 +43,25 @@ Failed RecordedFile::open(const std::string& directory,
   if (!directory.empty()) {
     if (Failed failed = ensureDirectory(directory)) return failed;
   }
+  path_ = platform::absolutePath(pathOf(directory, fileName));
   const auto opened =
       platform::openForWriting(pathOf(directory, fileName), mode);
   heldByAnother_ = opened.isHeldByAnother;
-  if (opened.stream == nullptr)
+  if (heldByAnother_) log::reportFailure(path_, "another recorder has it");
+  if (opened.stream == nullptr) {
+    reportFailure(path_);
     return Message{"Could not open file: %s", fileName};
+  }
   stream_ = opened.stream;
   damaged_ = false;
   opened_ = platform::fileState(stream_);
   end_ = opened_ ? opened_->size : 0;
   return std::nullopt;
+}
+
+Failed RecordedFile::failed(const char* message) const {
+  reportFailure(path_);
+  return Message{message};
 }
 
 Failed RecordedFile::write(const void* elements, std::size_t elementSize,
@@ -73,7 +87,10 @@ Failed RecordedFile::write(const void* elements, std::size_t elementSize,
     const std::size_t now = std::fwrite(bytes + written * elementSize,
                                         elementSize, wanted, stream_);
     written += now;
-    if (now < wanted) break;
+    if (now < wanted) {
+      reportFailure(path_);
+      break;
+    }
   }
   end_ += written * elementSize;
   return std::nullopt;
@@ -81,7 +98,7 @@ Failed RecordedFile::write(const void* elements, std::size_t elementSize,
 
 Failed RecordedFile::flush() {
   if (std::fflush(stream_) == 0) return std::nullopt;
-  return Message{"Failed to flush the file stream"};
+  return failed("Failed to flush the file stream");
 }
 
 Failed RecordedFile::close() {
@@ -89,7 +106,7 @@ Failed RecordedFile::close() {
   // The stream is gone even when closing it fails.
   if (isStillOurs() && platform::closeFile(std::exchange(stream_, nullptr)))
     return std::nullopt;
-  return Message{"Failed to close the file"};
+  return failed("Failed to close the file");
 }
 
 // The stream's memory is left behind: closing it would close the client's file.
@@ -110,8 +127,8 @@ Failed RecordedFile::restore(std::uint64_t end) {
   if ((state && state->size == end) || platform::truncateFile(stream_, end))
     return std::nullopt;
   damaged_ = true;
-  return Message{
-      "Could not undo a failed write, nothing more is written to the file"};
+  return failed(
+      "Could not undo a failed write, nothing more is written to the file");
 }
 
 }  // namespace kiv::output

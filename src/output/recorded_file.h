@@ -11,10 +11,6 @@
 
 namespace kiv::output {
 
-// The path of a file in a directory, which is empty or a path with or without
-// a slash at its end.
-std::string pathOf(const std::string& directory, const std::string& fileName);
-
 // One open file of the recording, which knows its own end: a write that fails
 // is undone by restore().
 //
@@ -38,6 +34,8 @@ class RecordedFile {
   bool isHeldByAnother() const { return heldByAnother_; }
   // Whether restore() failed, and nothing is written any more.
   bool isDamaged() const { return damaged_; }
+  // From the system's root: the client may change its directory.
+  const std::string& path() const { return path_; }
   // Bytes in the file, as far as they were written here.
   std::uint64_t end() const { return end_; }
 
@@ -58,7 +56,10 @@ class RecordedFile {
   Failed restore(std::uint64_t end);
 
  private:
+  Failed failed(const char* message) const;
+
   std::FILE* stream_ = nullptr;
+  std::string path_;
   std::uint64_t end_ = 0;
   // As it was when it was opened.
   std::optional<platform::FileState> opened_;

@@ -58,6 +58,16 @@ std::optional<FileState> fileState(std::FILE* stream);
 // Cuts an open file to `size` bytes; later writes go on there.
 bool truncateFile(std::FILE* stream, std::uint64_t size);
 
+// Creates an empty file; false if it fails, also if there is such a file.
+bool createFile(const std::string& path);
+
+// The path from the system's root; as it is where that cannot be found out.
+std::string absolutePath(const std::string& path);
+
+// Why the last of these functions or of the C library's failed on this thread,
+// in the system's words.
+std::string lastFailure();
+
 bool pathExists(const std::string& path);
 bool isDirectory(const std::string& path);
 

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <system_error>
 
 #include "platform/files.h"
 
@@ -127,6 +130,22 @@ bool truncateFile(std::FILE* stream, std::uint64_t size) {
   return ::ftruncate(::fileno(stream), end) == 0 &&
          ::fseeko(stream, end, SEEK_SET) == 0;
 }
+
+bool createFile(const std::string& path) {
+  const int descriptor = ::open(
+      path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileAccess);
+  return descriptor >= 0 && ::close(descriptor) == 0;
+}
+
+std::string absolutePath(const std::string& path) {
+  if (path.starts_with('/')) return path;
+  char directory[PATH_MAX];
+  if (::getcwd(directory, sizeof directory) == nullptr) return path;
+  const bool isHere = path.starts_with("./");
+  return std::string(directory) + "/" + (isHere ? path.substr(2) : path);
+}
+
+std::string lastFailure() { return std::generic_category().message(errno); }
 
 bool pathExists(const std::string& path) {
   struct stat info {};

@@ -4,6 +4,9 @@
 #include <sys/stat.h>
 #include <windows.h>
 
+#include <array>
+#include <cstdlib>
+
 #include "platform/files.h"
 
 namespace kiv::platform {
@@ -71,6 +74,31 @@ bool truncateFile(std::FILE* stream, std::uint64_t size) {
   const auto end = static_cast<__int64>(size);
   return ::_chsize_s(::_fileno(stream), end) == 0 &&
          ::_fseeki64(stream, end, SEEK_SET) == 0;
+}
+
+bool createFile(const std::string& path) {
+  const HANDLE file = ::CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  return file != INVALID_HANDLE_VALUE && ::CloseHandle(file) != 0;
+}
+
+std::string absolutePath(const std::string& path) {
+  std::array<char, MAX_PATH> absolute{};
+  const DWORD length =
+      ::GetFullPathNameA(path.c_str(), static_cast<DWORD>(absolute.size()),
+                         absolute.data(), nullptr);
+  return length == 0 || length >= absolute.size() ? path : absolute.data();
+}
+
+std::string lastFailure() {
+  std::array<char, 256> text{};
+  DWORD length = ::FormatMessageA(
+      FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+      ::GetLastError(), 0, text.data(), static_cast<DWORD>(text.size()),
+      nullptr);
+  while (length > 0 && static_cast<unsigned char>(text[length - 1]) <= ' ')
+    --length;
+  return {text.data(), length};
 }
 
 bool pathExists(const std::string& path) {

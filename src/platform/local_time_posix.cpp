@@ -1,9 +1,18 @@
+#include <chrono>
+
 #include "platform/local_time.h"
 
 namespace kiv::platform {
 
-std::tm localTime() {
-  const std::time_t now = std::time(nullptr);
+std::tm localTime(int* milliseconds) {
+  using std::chrono::system_clock;
+  const auto time = system_clock::now();
+  const std::time_t now = system_clock::to_time_t(time);
+  const auto rest = time - system_clock::from_time_t(now);
+  if (milliseconds != nullptr) {
+    *milliseconds = static_cast<int>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(rest).count());
+  }
   std::tm result{};
   ::localtime_r(&now, &result);
   return result;

@@ -1,10 +1,19 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
-// The process that the library is in: its forks, its end, the
-// cancellation of threads. Every function may be called from any thread.
+// The process that the library is in: its number and environment, its forks,
+// its end, the cancellation of threads. Every function may be called from any
+// thread.
 namespace kiv::platform {
+
+std::uint32_t processId();
+
+// A variable of the environment; none if it is empty or the process has more
+// rights than the user who set it.
+std::optional<std::string> environmentVariable(const char* name);
 
 // How often this process or an ancestor was forked since the library was
 // loaded: a child counts one more than its parent. 0 where processes do not

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdlib>
 
 #include "platform/process.h"
 
@@ -16,6 +17,14 @@ const bool kCountsForks =
     ::pthread_atfork(nullptr, nullptr, [] { ++forks; }) == 0;
 
 }  // namespace
+
+std::uint32_t processId() { return static_cast<std::uint32_t>(::getpid()); }
+
+std::optional<std::string> environmentVariable(const char* name) {
+  const char* value = ::secure_getenv(name);
+  if (value == nullptr || *value == '\0') return std::nullopt;
+  return value;
+}
 
 // A process that had no memory for the handler is known by its id.
 std::uint32_t forkCount() {

@@ -9,6 +9,19 @@ extern "C" __declspec(dllimport) BOOLEAN NTAPI RtlDllShutdownInProgress();
 
 namespace kiv::platform {
 
+std::uint32_t processId() { return ::GetCurrentProcessId(); }
+
+// The runtime's copy of the environment is that of the library's load.
+std::optional<std::string> environmentVariable(const char* name) {
+  const DWORD size = ::GetEnvironmentVariableA(name, nullptr, 0);
+  if (size <= 1) return std::nullopt;
+  std::string value(size, '\0');
+  const DWORD length = ::GetEnvironmentVariableA(name, value.data(), size);
+  if (length == 0 || length >= size) return std::nullopt;
+  value.resize(length);
+  return value;
+}
+
 // The system has no fork.
 std::uint32_t forkCount() { return 0; }
 

@@ -1,5 +1,8 @@
 #include "session/session.h"
 
+#include <utility>
+
+#include "output/environment_settings.h"
 #include "output/existing_program.h"
 
 namespace kiv::session {
@@ -18,6 +21,8 @@ Status Session::ensureStarted() noexcept {
 // A program that is continued has names that later calls must leave alone.
 Status Session::start(Messages& messages) {
   if (started_) return Status::kOk;
+  if (!std::exchange(hasReadEnvironment_, true))
+    files_.adopt(output::withEnvironment(files_.settings(), given_, messages));
   if (const Status s = files_.start(messages); !ok(s)) return s;
   if (!files_.settings().writeHeader) reserveNamesOf(files_.settings());
   started_ = true;
@@ -30,12 +35,20 @@ void Session::reserveNamesOf(const output::OutputSettings& settings) {
   });
 }
 
+void Session::note(const output::OutputChanges& changes) {
+  if (changes.directory) given_.directory = changes.directory;
+  if (changes.backendId) given_.backendId = changes.backendId;
+  if (changes.fileNames) given_.fileNames = changes.fileNames;
+  given_.saysTimeStamp = given_.saysTimeStamp || changes.saysTimeStamp;
+}
+
 std::optional<Status> Session::configure(const output::OutputChanges& changes,
                                          bool expectStarted) {
   Messages messages;
   const std::lock_guard lock(startMutex_);
   if (started_ != expectStarted) return std::nullopt;
-  output::OutputSettings settings = files_.changed(changes);
+  if (!started_) note(changes);
+  output::OutputSettings settings = output::changed(files_.settings(), changes);
   if (!started_ || !changes.fileNames) {
     files_.adopt(std::move(settings));
     return Status::kOk;

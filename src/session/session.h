@@ -59,6 +59,8 @@ class Session {
 
  private:
   Status start(Messages& messages);
+  // Notes what the client has set, which wins over the environment.
+  void note(const output::OutputChanges& changes);
   void reserveNamesOf(const output::OutputSettings& settings);
   template <typename Object>
   Handle newObject(Registry<Object>& registry, std::string_view prefix,
@@ -75,6 +77,9 @@ class Session {
   Registry<SaverProfile> profiles_;
   Registry<SaverGraph> graphs_;
   std::atomic<std::uint32_t> nextTensorId_ = 1;
+  // All that the client has set before the start.
+  output::OutputChanges given_;
+  bool hasReadEnvironment_ = false;
   // The last member and so the first to end: its footer closes the recording.
   output::OutputFiles files_;
 };

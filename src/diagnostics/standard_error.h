@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdarg>
+#include <string>
+
+#include "diagnostics/logger.h"
+
+// The recorder's messages on standard error, for a client that makes no logger
+// and cannot be changed: the variable KIV_SAVER_LOG of the environment says up
+// to which level ("error", "warn", "info", "verbose", "debug"). Without it
+// nothing is printed. Any thread may call these functions.
+//
+//   KivSaver[4711]: error: /full/disk/saver_output.c: No space left on device
+namespace kiv::log {
+
+// Whether anything is printed.
+bool usesStandardError();
+
+// A message of the log, if its level is wanted.
+void printToStandardError(Level level, const char* format, va_list arguments);
+
+// A line of its own, whatever the level.
+void report(const std::string& text);
+
+// The first file that fails, and why; nothing after that.
+void reportFailure(const std::string& path, const std::string& reason);
+
+}  // namespace kiv::log
