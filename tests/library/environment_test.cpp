@@ -36,7 +36,7 @@ class Environment : public testing::Test {
   // directory, with blanks between.
   std::string record(const std::vector<Option>& options = {}) {
     DynamicLibrary library(KIV_SAVER_LIBRARY);
-    if (!options.empty()) EXPECT_EQ(setOptions(library, options), KIV_SUCCESS);
+    EXPECT_EQ(setOptions(library, options), KIV_SUCCESS);
     (void)createObjects(providerOf(library).KIV_INTERFACE_VER_NAME);
     library.unload();
     std::set<std::string> files;
