@@ -39,7 +39,8 @@ int run(const std::vector<std::string>& arguments) {
                         addCheck(program),   addDump(program),
                         addDiff(program),    addComplete(program),
                         addPrepare(program), addCompare(program),
-                        addExtract(program), addExport(program)};
+                        addExtract(program), addExport(program),
+                        addRecord(program)};
   try {
     // CLI11 takes them from the back.
     program.parse(

@@ -32,5 +32,6 @@ Verb addPrepare(CLI::App& program);
 Verb addCompare(CLI::App& program);
 Verb addExtract(CLI::App& program);
 Verb addExport(CLI::App& program);
+Verb addRecord(CLI::App& program);
 
 }  // namespace kiv::tool
