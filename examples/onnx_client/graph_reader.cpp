@@ -10,9 +10,6 @@
 namespace onnx_client {
 namespace {
 
-// The domain that an empty one stands for.
-constexpr const char* kDefaultDomain = "ai.onnx";
-
 std::string orElse(const std::string& text, const std::string& otherwise) {
   return text.empty() ? otherwise : text;
 }
@@ -41,7 +38,11 @@ void GraphReader::read(const onnx::GraphProto& proto, const Scope* outer,
   readInitializers(scope);
   readInputs(scope);
   readNodes(scope);
-  readOutputs(scope);
+  if (outer == nullptr) {
+    readOutputs(scope);
+  } else {
+    readSubgraphOutputs(scope);
+  }
 }
 
 void GraphReader::readInitializers(Scope& scope) {
@@ -78,20 +79,65 @@ void GraphReader::readOutputs(Scope& scope) {
   for (const onnx::ValueInfoProto& output : scope.proto.output()) {
     const TensorIndex index = lookUp(scope, output.name());
     Tensor& tensor = network_.tensors[index];
-    const bool own = scope.values.contains(output.name());
     if (tensor.type == KIV_TENSOR_TYPE_STATIC) continue;
-    if (own && tensor.type == KIV_TENSOR_TYPE_INPUT)
+    if (tensor.type == KIV_TENSOR_TYPE_INPUT)
       tensor.type = KIV_TENSOR_TYPE_INPUT_OUTPUT;
     if (std::count(outputs.begin(), outputs.end(), index) == 0)
       outputs.push_back(index);
   }
 }
 
+// Calls tell a subgraph's outputs by the type of its tensors and their order by
+// the order of creation, so each output is a tensor of its own, behind those
+// that come first.
+void GraphReader::readSubgraphOutputs(Scope& scope) {
+  Graph& graph = scope.graph;
+  for (const onnx::ValueInfoProto& output : scope.proto.output()) {
+    TensorIndex index = lookUp(scope, output.name());
+    const bool isOwn = scope.values.contains(output.name());
+    const bool isTaken =
+        std::count(graph.outputs.begin(), graph.outputs.end(), index) > 0;
+    if (!isOwn || isTaken ||
+        network_.tensors[index].type != KIV_TENSOR_TYPE_OUTPUT)
+      index = addCopy(graph, index);
+    graph.outputs.push_back(index);
+  }
+  std::erase_if(graph.tensors, [&](TensorIndex index) {
+    return network_.tensors[index].type == KIV_TENSOR_TYPE_OUTPUT;
+  });
+  const auto first = std::find_if(
+      graph.tensors.begin(), graph.tensors.end(), [&](TensorIndex index) {
+        return network_.tensors[index].type == KIV_TENSOR_TYPE_NATIVE;
+      });
+  graph.tensors.insert(first, graph.outputs.begin(), graph.outputs.end());
+}
+
+// Adds a node that copies a value into an output.
+TensorIndex GraphReader::addCopy(Graph& graph, TensorIndex source) {
+  Tensor copy;
+  const Tensor& tensor = network_.tensors[source];
+  copy.name = tensorNames_.make(tensor.name + "_output");
+  copy.type = KIV_TENSOR_TYPE_OUTPUT;
+  copy.dataType = tensor.dataType;
+  copy.shape = tensor.shape;
+  const TensorIndex index = network_.tensors.size();
+  network_.tensors.push_back(std::move(copy));
+  Node node;
+  node.type = "Identity";
+  node.package = kDefaultPackage;
+  node.name = nodeNames_.make(network_.tensors[index].name);
+  node.inputs = {source};
+  node.outputs = {index};
+  graph.nodes.push_back(std::move(node));
+  graph.tensors.push_back(index);
+  return index;
+}
+
 Node GraphReader::readNode(const onnx::NodeProto& proto, Scope& scope) {
   Node node;
   node.type = checkedName(proto.op_type());
   if (node.type.empty()) throw ClientError("a node has no operation");
-  node.package = checkedName(orElse(proto.domain(), kDefaultDomain));
+  node.package = checkedName(orElse(proto.domain(), kDefaultPackage));
   node.name = nodeNames_.make(
       orElse(proto.name(),
              node.type + "_" + std::to_string(scope.graph.nodes.size())));

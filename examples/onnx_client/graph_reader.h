@@ -50,6 +50,8 @@ class GraphReader {
   void readInputs(Scope& scope);
   void readNodes(Scope& scope);
   void readOutputs(Scope& scope);
+  void readSubgraphOutputs(Scope& scope);
+  TensorIndex addCopy(Graph& graph, TensorIndex source);
   Node readNode(const onnx::NodeProto& proto, Scope& scope);
   std::unique_ptr<Graph> readSubgraph(const onnx::GraphProto& proto,
                                       const std::string& name,

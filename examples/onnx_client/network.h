@@ -40,6 +40,9 @@ struct Tensor {
 // Index of a tensor in Network::tensors.
 using TensorIndex = std::size_t;
 
+// The package of the default domain's operators.
+inline constexpr const char* kDefaultPackage = "ai.onnx";
+
 // An optional input or output that a node leaves out.
 inline constexpr TensorIndex kAbsent = std::numeric_limits<TensorIndex>::max();
 
@@ -61,17 +64,26 @@ struct Node {
 
 struct Graph {
   std::string name;
-  // The graph's tensors in order of creation.
+  // The graph's tensors in order of creation, which is the order of inputs and
+  // outputs, too, in a subgraph.
   std::vector<TensorIndex> tensors;
   std::vector<TensorIndex> inputs;
   std::vector<TensorIndex> outputs;
   std::vector<Node> nodes;
 };
 
+// The version of an operator set that nodes follow.
+struct OpSet {
+  // The package of its operators.
+  std::string package;
+  std::int64_t version = 0;
+};
+
 struct Network {
   // The tensors of all graphs; their names are unique.
   std::vector<Tensor> tensors;
   Graph graph;
+  std::vector<OpSet> opSets;
   // Remarks for the user, a line each.
   std::vector<std::string> notes;
 };

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "attributes.h"
 #include "errors.h"
 #include "external_data.h"
 #include "files.h"
@@ -22,6 +23,18 @@ onnx::ModelProto parseModel(const std::string& path) {
   return model;
 }
 
+// Files of the first versions name no operator set.
+std::vector<OpSet> readOpSets(const onnx::ModelProto& model) {
+  std::vector<OpSet> opSets;
+  for (const onnx::OperatorSetIdProto& import : model.opset_import()) {
+    const std::string& domain = import.domain();
+    opSets.push_back({domain.empty() ? kDefaultPackage : checkedName(domain),
+                      import.version()});
+  }
+  if (opSets.empty()) opSets.push_back({kDefaultPackage, 1});
+  return opSets;
+}
+
 }  // namespace
 
 Network readNetwork(const std::string& path, const GivenShapes& shapes) {
@@ -35,6 +48,7 @@ Network readNetwork(onnx::ModelProto& model, const GivenShapes& shapes) {
   if (model.functions_size() > 0)
     throw NotAccepted("the network defines functions of its own");
   Network network;
+  network.opSets = readOpSets(model);
   const OpenShapes openShapes = settleShapes(model, shapes, network.notes);
   GraphReader(network, openShapes).readMain(model.graph());
   return network;

@@ -40,6 +40,38 @@ ConfigList<Config> priorityConfig(Option option,
   return ConfigList<Config>(config);
 }
 
+// The operator sets as platform options, "onnx.opset:13" for the default
+// domain's and "onnx.opset.ai.onnx.ml:3" for another one.
+class OpSetConfigs {
+ public:
+  explicit OpSetConfigs(const std::vector<OpSet>& opSets) {
+    for (const OpSet& opSet : opSets) options_.push_back(optionOf(opSet));
+    for (const std::string& option : options_) {
+      KivBackend_Config_t config{};
+      config.option = KIV_BACKEND_CONFIG_OPTION_PLATFORM;
+      config.platformOption = option.c_str();
+      configs_.push_back(config);
+    }
+    for (const KivBackend_Config_t& config : configs_) list_.push_back(&config);
+    list_.push_back(nullptr);
+  }
+  OpSetConfigs(const OpSetConfigs&) = delete;
+  OpSetConfigs& operator=(const OpSetConfigs&) = delete;
+
+  const KivBackend_Config_t** get() { return list_.data(); }
+
+ private:
+  static std::string optionOf(const OpSet& opSet) {
+    const bool isDefault = opSet.package == kDefaultPackage;
+    return "onnx.opset" + (isDefault ? "" : "." + opSet.package) + ":" +
+           std::to_string(opSet.version);
+  }
+
+  std::vector<std::string> options_;
+  std::vector<KivBackend_Config_t> configs_;
+  std::vector<const KivBackend_Config_t*> list_;
+};
+
 ConfigList<KivContext_Config_t> contextConfig(const Options& options) {
   return priorityConfig<KivContext_Config_t>(KIV_CONTEXT_CONFIG_OPTION_PRIORITY,
                                              options.priority);
@@ -66,7 +98,8 @@ Session::~Session() {
 }
 
 void Session::open(Network& network) {
-  call("backendCreate", api_.backendCreate, nullptr, nullptr, &backend_);
+  OpSetConfigs opSets(network.opSets);
+  call("backendCreate", api_.backendCreate, nullptr, opSets.get(), &backend_);
   if (options_.device) openDevice();
   if (options_.profileLevel) {
     call("profileCreate", api_.profileCreate, backend_, *options_.profileLevel,

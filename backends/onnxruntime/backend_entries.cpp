@@ -1,0 +1,118 @@
+#include <vector>
+
+#include "entries.h"
+#include "entry.h"
+#include "nodes.h"
+#include "objects.h"
+
+namespace kiv::ort {
+namespace {
+
+constexpr auto kInvalidHandle = KIV_BACKEND_ERROR_INVALID_HANDLE;
+
+// The options that a list adds to a backend's; error reporting and platform
+// options of other libraries are taken and have no effect.
+void readConfigs(const KivBackend_Config_t** list, OpSets& opSets) {
+  forEachConfig(list, [&](const KivBackend_Config_t& config) {
+    switch (config.option) {
+      case KIV_BACKEND_CONFIG_OPTION_PLATFORM:
+        if (config.platformOption != nullptr)
+          opSets.readOption(config.platformOption);
+        return;
+      case KIV_BACKEND_CONFIG_OPTION_CUSTOM:
+      case KIV_BACKEND_CONFIG_OPTION_ERROR_REPORTING:
+        return;
+      default:
+        refuse(
+            KIV_BACKEND_ERROR_INVALID_ARGUMENT,
+            "a config has the unknown option " + std::to_string(config.option));
+    }
+  });
+}
+
+Kiv_ErrorHandle_t backendCreate(Kiv_LogHandle_t,
+                                const KivBackend_Config_t** config,
+                                Kiv_BackendHandle_t* handle) noexcept {
+  return enter("backendCreate", KIV_BACKEND_ERROR_GENERAL, [&] {
+    if (handle == nullptr)
+      refuse(KIV_BACKEND_ERROR_INVALID_ARGUMENT, "the out-pointer is null");
+    auto backend = std::make_shared<Backend>();
+    readConfigs(config, backend->opSets);
+    backend->library = OrtLibrary::get();
+    *handle = Handles<Backend>::instance().add(std::move(backend));
+  });
+}
+
+Kiv_ErrorHandle_t backendSetConfig(
+    Kiv_BackendHandle_t handle, const KivBackend_Config_t** config) noexcept {
+  return enter("backendSetConfig", KIV_BACKEND_ERROR_GENERAL, [&] {
+    const auto backend = require<Backend>(handle, kInvalidHandle);
+    const std::scoped_lock lock(backend->mutex);
+    readConfigs(config, backend->opSets);
+  });
+}
+
+Kiv_ErrorHandle_t backendGetApiVersion(Kiv_ApiVersion_t* version) noexcept {
+  if (version == nullptr) return KIV_BACKEND_ERROR_INVALID_ARGUMENT;
+  *version = kApiVersion;
+  return KIV_SUCCESS;
+}
+
+Kiv_ErrorHandle_t backendGetBuildId(const char** id) noexcept {
+  if (id == nullptr) return KIV_BACKEND_ERROR_INVALID_ARGUMENT;
+  *id = "KivOnnxRuntime " KIV_VERSION;
+  return KIV_SUCCESS;
+}
+
+const std::vector<KivBackend_OperationName_t>& operations() {
+  static const std::vector<OperatorName> kNames = knownOperators();
+  static const std::vector<KivBackend_OperationName_t> kOperations = [] {
+    std::vector<KivBackend_OperationName_t> records;
+    records.reserve(kNames.size());
+    for (const OperatorName& name : kNames)
+      records.push_back({name.package.c_str(), name.type.c_str(), "CPU"});
+    return records;
+  }();
+  return kOperations;
+}
+
+Kiv_ErrorHandle_t backendGetSupportedOperations(
+    Kiv_BackendHandle_t handle, uint32_t* count,
+    const KivBackend_OperationName_t** records) noexcept {
+  return enter("backendGetSupportedOperations", KIV_BACKEND_ERROR_GENERAL, [&] {
+    require<Backend>(handle, kInvalidHandle);
+    if (count != nullptr)
+      *count = static_cast<std::uint32_t>(operations().size());
+    if (records != nullptr) *records = operations().data();
+  });
+}
+
+Kiv_ErrorHandle_t backendValidateOpConfig(Kiv_BackendHandle_t handle,
+                                          Kiv_OpConfig_t config) noexcept {
+  return enter("backendValidateOpConfig", KIV_BACKEND_ERROR_GENERAL, [&] {
+    const auto backend = require<Backend>(handle, kInvalidHandle);
+    const std::scoped_lock lock(backend->mutex);
+    validateOperation(backend->opSets, backend->library->newestOpset(), config);
+  });
+}
+
+Kiv_ErrorHandle_t backendFree(Kiv_BackendHandle_t handle) noexcept {
+  return enter("backendFree", KIV_BACKEND_ERROR_GENERAL, [&] {
+    require<Backend>(handle, kInvalidHandle);
+    Handles<Backend>::instance().remove(handle);
+  });
+}
+
+}  // namespace
+
+void addBackendEntries(KivInterface_Implementation_t& table) {
+  table.backendCreate = backendCreate;
+  table.backendSetConfig = backendSetConfig;
+  table.backendGetApiVersion = backendGetApiVersion;
+  table.backendGetBuildId = backendGetBuildId;
+  table.backendGetSupportedOperations = backendGetSupportedOperations;
+  table.backendValidateOpConfig = backendValidateOpConfig;
+  table.backendFree = backendFree;
+}
+
+}  // namespace kiv::ort

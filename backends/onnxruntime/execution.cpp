@@ -1,0 +1,224 @@
+#include "execution.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <mutex>
+#include <utility>
+
+#include "failure.h"
+#include "log.h"
+#include "owned.h"
+
+namespace kiv::ort {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::uint64_t microseconds(Clock::duration duration) {
+  return static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::microseconds>(duration).count());
+}
+
+[[noreturn]] void refuse(const std::string& why) {
+  throw Failure(KIV_GRAPH_ERROR_INVALID_TENSOR, why);
+}
+
+[[noreturn]] void refuseList(const std::string& why) {
+  throw Failure(KIV_GRAPH_ERROR_INVALID_ARGUMENT, why);
+}
+
+std::string textOf(std::span<const std::int64_t> dimensions) {
+  std::string text = "[";
+  for (const std::int64_t size : dimensions)
+    text += (text.size() > 1 ? "," : "") + std::to_string(size);
+  return text + "]";
+}
+
+}  // namespace
+
+Execution::Execution(std::shared_ptr<const Session> session,
+                     std::span<const Kiv_Tensor_t> inputs,
+                     std::span<const Kiv_Tensor_t> outputs)
+    : session_(std::move(session)),
+      functions_(session_->library().functions()) {
+  for (std::size_t i = 0; i < inputs.size(); ++i)
+    addInput(readFields(inputs[i], "input " + std::to_string(i)));
+  checkInputs();
+  for (std::size_t i = 0; i < outputs.size(); ++i)
+    addOutput(readFields(outputs[i], "output " + std::to_string(i)));
+}
+
+Execution::~Execution() {
+  for (auto* values : {&inputs_, &outputs_})
+    for (OrtValue* value : *values)
+      if (value != nullptr) functions_.releaseValue(value);
+}
+
+void Execution::check(const char* what, OrtStatus* status) const {
+  session_->library().check(what, status);
+}
+
+void Execution::addInput(const TensorFields& fields) {
+  static std::uint8_t noData = 0;
+  const Port* port = findPort(session_->inputs(), fields);
+  if (port == nullptr)
+    refuseList(describe(fields) + " is no input of the graph");
+  const ElementType& elements = elementType(fields.dataType, describe(fields));
+  checkBuffer(fields, elements);
+  const bool isEmpty = fields.buffer.data == nullptr;
+  inputs_.push_back(nullptr);
+  check(
+      "CreateTensor",
+      functions_.createTensorWithData(
+          session_->library().memory(), isEmpty ? &noData : fields.buffer.data,
+          isEmpty ? 0 : fields.buffer.dataSize, fields.dimensions.data(),
+          fields.dimensions.size(), elements.onnxType, &inputs_.back()));
+  inputNames_.push_back(port->value.c_str());
+}
+
+void Execution::checkInputs() const {
+  for (const Port& port : session_->inputs()) {
+    if (std::count(inputNames_.begin(), inputNames_.end(),
+                   port.value.c_str()) == 0)
+      refuseList("the graph's input \"" + port.name + "\" is not given");
+  }
+}
+
+void Execution::addOutput(const TensorFields& fields) {
+  const Port* port = findPort(session_->outputs(), fields);
+  if (port == nullptr)
+    refuseList(describe(fields) + " is no output of the graph");
+  outputNames_.push_back(port->value.c_str());
+  outputFields_.push_back(fields);
+  outputs_.push_back(nullptr);
+}
+
+RunTimes Execution::run() {
+  const auto start = Clock::now();
+  compute();
+  const auto computed = Clock::now();
+  for (std::size_t i = 0; i < outputs_.size(); ++i)
+    copyResult(outputFields_[i], outputs_[i]);
+  const auto end = Clock::now();
+  return {microseconds(end - start), microseconds(computed - start),
+          microseconds(end - computed)};
+}
+
+void Execution::compute() {
+  check("Run",
+        functions_.run(session_->handle(), nullptr, inputNames_.data(),
+                       inputs_.data(), inputs_.size(), outputNames_.data(),
+                       outputNames_.size(), outputs_.data()));
+}
+
+Execution::Result Execution::readResult(OrtValue* value,
+                                        const std::string& what) const {
+  int isTensor = 0;
+  check("IsTensor", functions_.isTensor(value, &isTensor));
+  if (isTensor == 0) refuse(what + " is computed as something else");
+  Owned<OrtTensorInfo> info(functions_.releaseTensorInfo);
+  check("GetTensorTypeAndShape",
+        functions_.getTensorInfo(value, info.receive()));
+  int onnxType = 0;
+  std::size_t rank = 0;
+  check("GetTensorElementType",
+        functions_.getElementType(info.get(), &onnxType));
+  check("GetDimensionsCount", functions_.getRank(info.get(), &rank));
+  Result result{findOnnxType(onnxType), std::vector<std::int64_t>(rank),
+                nullptr};
+  if (result.elements == nullptr)
+    refuse(what + " has elements of ONNX's type " + std::to_string(onnxType));
+  check("GetDimensions",
+        functions_.getDimensions(info.get(), result.dimensions.data(), rank));
+  void* data = nullptr;
+  check("GetTensorMutableData", functions_.getTensorData(value, &data));
+  result.data = data;
+  return result;
+}
+
+void Execution::copyResult(const TensorFields& fields, OrtValue* value) const {
+  const std::string what = describe(fields);
+  const Result result = readResult(value, what);
+  if (result.elements != &elementType(fields.dataType, what)) {
+    refuse(what + " is computed with elements of ONNX's type " +
+           std::to_string(result.elements->onnxType) +
+           ", its record names another one");
+  }
+  const std::uint64_t size =
+      byteSize(*result.elements, result.dimensions, what);
+  const std::uint64_t room =
+      fields.buffer.data == nullptr ? 0 : fields.buffer.dataSize;
+  if (size != room) {
+    refuse(what + " is computed with the shape " + textOf(result.dimensions) +
+           ", " + std::to_string(size) + " bytes; its buffer has " +
+           std::to_string(room));
+  }
+  if (size > 0) std::memcpy(fields.buffer.data, result.data, size);
+}
+
+namespace {
+
+// y = x for a static x, whose one element lies at an address.
+Model addressModel(const float& element) {
+  Model model;
+  model.proto.set_ir_version(8);
+  model.proto.add_opset_import()->set_version(13);
+  onnx::GraphProto& graph = *model.proto.mutable_graph();
+  graph.set_name("address");
+  onnx::TensorProto& initializer = *graph.add_initializer();
+  initializer.set_name("x");
+  initializer.set_data_type(onnx::TensorProto::FLOAT);
+  initializer.add_dims(1);
+  setAddress(initializer, &element, sizeof element);
+  onnx::NodeProto& node = *graph.add_node();
+  node.set_op_type("Identity");
+  node.add_input("x");
+  node.add_output("y");
+  onnx::ValueInfoProto& output = *graph.add_output();
+  output.set_name("y");
+  output.set_doc_string("y");
+  output.mutable_type()->mutable_tensor_type()->set_elem_type(
+      onnx::TensorProto::FLOAT);
+  return model;
+}
+
+bool takesAddresses(const std::shared_ptr<const OrtLibrary>& library) {
+  const float element = 42;
+  float result = 0;
+  std::array<Kiv_Tensor_t, 1> outputs{};
+  std::uint32_t one = 1;
+  outputs[0].version = KIV_TENSOR_VERSION_1;
+  outputs[0].v1.name = "y";
+  outputs[0].v1.dataType = KIV_DATA_TYPE_FLOAT_32;
+  outputs[0].v1.rank = 1;
+  outputs[0].v1.dimensions = &one;
+  outputs[0].v1.clientBuf = {&result, sizeof result};
+  try {
+    const auto session =
+        std::make_shared<const Session>(library, addressModel(element), false);
+    Execution(session, {}, outputs).run();
+  } catch (const std::exception& failure) {
+    log(KIV_LOG_LEVEL_INFO,
+        std::string("data of static tensors is copied: ") + failure.what());
+    return false;
+  }
+  return result == element;
+}
+
+}  // namespace
+
+DataPlace dataPlace(const std::shared_ptr<const OrtLibrary>& library) {
+  static std::mutex mutex;
+  static std::string version;
+  static bool answer = false;
+  const std::scoped_lock lock(mutex);
+  if (version != library->version()) {
+    answer = takesAddresses(library);
+    version = library->version();
+  }
+  return answer ? DataPlace::kInMemory : DataPlace::kInModel;
+}
+
+}  // namespace kiv::ort

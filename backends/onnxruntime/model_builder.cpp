@@ -1,0 +1,207 @@
+#include "model_builder.h"
+
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "failure.h"
+#include "log.h"
+
+namespace kiv::ort {
+namespace {
+
+constexpr int kIrVersion = 8;
+
+// Shapes are inferred from small tensors, which must be in the model for that.
+constexpr std::size_t kLargestInModel = 1024;
+
+void addExternal(onnx::TensorProto& tensor, const char* key,
+                 const std::string& value) {
+  onnx::StringStringEntryProto& entry = *tensor.add_external_data();
+  entry.set_key(key);
+  entry.set_value(value);
+}
+
+bool isInput(const Tensor& tensor) {
+  return tensor.type == KIV_TENSOR_TYPE_INPUT ||
+         tensor.type == KIV_TENSOR_TYPE_INPUT_OUTPUT;
+}
+
+bool isOutput(const Tensor& tensor) {
+  return tensor.type == KIV_TENSOR_TYPE_OUTPUT ||
+         tensor.type == KIV_TENSOR_TYPE_INPUT_OUTPUT;
+}
+
+class ModelBuilder {
+ public:
+  ModelBuilder(const Graph& graph, DataPlace place)
+      : main_(graph), context_(*graph.context), place_(place) {}
+
+  Model build();
+
+ private:
+  using Values = std::unordered_set<std::string>;
+
+  void collectValues(const Graph& graph);
+  void fill(const Graph& graph, onnx::GraphProto& proto);
+  void addTensor(const Graph& graph, const Tensor& tensor,
+                 const Values& produced, onnx::GraphProto& proto);
+  void addInitializer(const Tensor& tensor, onnx::GraphProto& proto);
+  void addInput(const Graph& graph, const Tensor& tensor,
+                onnx::GraphProto& proto);
+  void addOutput(const Tensor& tensor, onnx::GraphProto& proto);
+  void fillSubgraphs(const Graph& graph, onnx::NodeProto& node);
+  void fillSubgraph(const Graph& graph, onnx::GraphProto& proto);
+  void importOpSets();
+
+  const Graph& main_;
+  const Context& context_;
+  DataPlace place_;
+  Model model_;
+  // Values that the nodes of any of the graphs use, and their domains.
+  Values used_;
+  std::set<std::string> domains_;
+};
+
+Model ModelBuilder::build() {
+  model_.proto.set_ir_version(kIrVersion);
+  model_.proto.set_producer_name("KivOnnxRuntime");
+  collectValues(main_);
+  fill(main_, *model_.proto.mutable_graph());
+  importOpSets();
+  return std::move(model_);
+}
+
+void ModelBuilder::collectValues(const Graph& graph) {
+  for (const onnx::NodeProto& node : graph.nodes) {
+    used_.insert(node.input().begin(), node.input().end());
+    used_.insert(node.output().begin(), node.output().end());
+    domains_.insert(node.domain());
+  }
+  for (const auto& subgraph : graph.subgraphs) collectValues(*subgraph);
+}
+
+void ModelBuilder::fill(const Graph& graph, onnx::GraphProto& proto) {
+  proto.set_name(graph.name);
+  Values produced;
+  for (const onnx::NodeProto& node : graph.nodes)
+    produced.insert(node.output().begin(), node.output().end());
+  for (const Tensor& tensor : context_.tensors)
+    addTensor(graph, tensor, produced, proto);
+  for (const onnx::NodeProto& node : graph.nodes) {
+    *proto.add_node() = node;
+    fillSubgraphs(graph, *proto.mutable_node(proto.node_size() - 1));
+  }
+}
+
+// Adds a tensor where it belongs to the graph: its own, or its context's. The
+// context's static tensors and inputs are the main graph's, where subgraphs see
+// them; those inputs excepted that were created with a subgraph.
+void ModelBuilder::addTensor(const Graph& graph, const Tensor& tensor,
+                             const Values& produced, onnx::GraphProto& proto) {
+  const bool isOwn = tensor.owner == &graph;
+  if (!isOwn && (tensor.owner != nullptr || !used_.contains(tensor.value)))
+    return;
+  const bool isMain = &graph == &main_;
+  const bool isSubgraphs = tensor.home != nullptr &&
+                           tensor.home->parent != nullptr &&
+                           &tensor.home->main() == &main_;
+  if (tensor.type == KIV_TENSOR_TYPE_STATIC && (isOwn || isMain))
+    addInitializer(tensor, proto);
+  if (isInput(tensor) &&
+      (isOwn || (isSubgraphs ? tensor.home == &graph : isMain)))
+    addInput(graph, tensor, proto);
+  if (isOutput(tensor) && (isOwn || produced.contains(tensor.value)))
+    addOutput(tensor, proto);
+}
+
+void ModelBuilder::addInitializer(const Tensor& tensor,
+                                  onnx::GraphProto& proto) {
+  onnx::TensorProto& initializer = *proto.add_initializer();
+  initializer.set_name(tensor.value);
+  initializer.set_data_type(tensor.elements->onnxType);
+  for (const std::int64_t size : tensor.dimensions) initializer.add_dims(size);
+  if (place_ == DataPlace::kInModel || tensor.data->size() <= kLargestInModel) {
+    initializer.set_raw_data(tensor.data->data(), tensor.data->size());
+    return;
+  }
+  setAddress(initializer, tensor.data->data(), tensor.data->size());
+  model_.data.push_back(tensor.data);
+}
+
+// Sizes of a subgraph's inputs may change from one round of a loop to the next,
+// so they are left to ONNX Runtime.
+void ModelBuilder::addInput(const Graph& graph, const Tensor& tensor,
+                            onnx::GraphProto& proto) {
+  onnx::ValueInfoProto& input = *proto.add_input();
+  input.set_name(tensor.value);
+  input.set_doc_string(tensor.name);
+  auto& type = *input.mutable_type()->mutable_tensor_type();
+  type.set_elem_type(tensor.elements->onnxType);
+  if (graph.parent != nullptr) return;
+  model_.ids[tensor.value] = tensor.id;
+  auto& shape = *type.mutable_shape();
+  for (std::size_t i = 0; i < tensor.dimensions.size(); ++i) {
+    auto& dimension = *shape.add_dim();
+    if (tensor.open.empty() || !tensor.open[i])
+      dimension.set_dim_value(tensor.dimensions[i]);
+  }
+}
+
+void ModelBuilder::addOutput(const Tensor& tensor, onnx::GraphProto& proto) {
+  onnx::ValueInfoProto& output = *proto.add_output();
+  output.set_name(tensor.value);
+  output.set_doc_string(tensor.name);
+  output.mutable_type()->mutable_tensor_type()->set_elem_type(
+      tensor.elements->onnxType);
+  model_.ids[tensor.value] = tensor.id;
+}
+
+void ModelBuilder::fillSubgraphs(const Graph& graph, onnx::NodeProto& node) {
+  for (onnx::AttributeProto& attribute : *node.mutable_attribute()) {
+    if (attribute.type() == onnx::AttributeProto::GRAPH)
+      fillSubgraph(graph, *attribute.mutable_g());
+    for (onnx::GraphProto& proto : *attribute.mutable_graphs())
+      fillSubgraph(graph, proto);
+  }
+}
+
+void ModelBuilder::fillSubgraph(const Graph& graph, onnx::GraphProto& proto) {
+  const std::string name = proto.name();
+  fill(*findSubgraph(graph, name), proto);
+}
+
+void ModelBuilder::importOpSets() {
+  const int newest = context_.library->newestOpset();
+  for (const std::string& domain : domains_) {
+    const int version = versionFor(context_.opSets, domain, newest);
+    onnx::OperatorSetIdProto& import = *model_.proto.add_opset_import();
+    import.set_domain(domain);
+    import.set_version(version);
+    if (context_.opSets.find(domain)) continue;
+    log(KIV_LOG_LEVEL_WARN, "graph \"" + main_.name +
+                                "\": no platform option onnx.opset" +
+                                (domain.empty() ? "" : "." + domain) +
+                                " names an operator set, so " +
+                                std::to_string(version) + " is taken");
+  }
+}
+
+}  // namespace
+
+void setAddress(onnx::TensorProto& tensor, const void* data,
+                std::uint64_t size) {
+  tensor.clear_raw_data();
+  tensor.clear_external_data();
+  tensor.set_data_location(onnx::TensorProto::EXTERNAL);
+  addExternal(tensor, "location", kAddressLocation);
+  addExternal(tensor, "offset",
+              std::to_string(reinterpret_cast<std::uintptr_t>(data)));
+  addExternal(tensor, "length", std::to_string(size));
+}
+
+Model buildModel(const Graph& graph, DataPlace place) {
+  return ModelBuilder(graph, place).build();
+}
+
+}  // namespace kiv::ort

@@ -1,0 +1,64 @@
+#include "node_times.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <system_error>
+#include <unordered_map>
+
+#include "failure.h"
+
+namespace kiv::ort {
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr std::string_view kSuffix = "_kernel_time";
+
+[[noreturn]] void fail(const std::string& why) {
+  throw Failure(KIV_PROFILE_ERROR_GENERAL, why);
+}
+
+bool isNode(const Json& event) {
+  return event.value("cat", "") == "Node" &&
+         event.value("name", "").ends_with(kSuffix);
+}
+
+std::string nameOf(const Json& event) {
+  std::string name = event.value("name", "");
+  name.resize(name.size() - kSuffix.size());
+  return name + " (" + event.value("/args/op_name"_json_pointer, "") + ")";
+}
+
+}  // namespace
+
+ScratchDirectory::ScratchDirectory()
+    : path_((std::filesystem::temp_directory_path() / "kiv-ort-XXXXXX")
+                .string()) {
+  if (mkdtemp(path_.data()) == nullptr)
+    fail("cannot make a directory for ONNX Runtime's profile");
+}
+
+ScratchDirectory::~ScratchDirectory() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::vector<NodeTime> readNodeTimes(const std::string& file) {
+  std::ifstream stream(file);
+  const Json events = Json::parse(stream, nullptr, false);
+  if (!events.is_array()) fail("ONNX Runtime's profile cannot be read");
+  std::vector<NodeTime> nodes;
+  std::unordered_map<std::string, std::size_t> places;
+  for (const Json& event : events) {
+    if (!isNode(event)) continue;
+    const auto [place, isNew] = places.emplace(nameOf(event), nodes.size());
+    if (isNew) nodes.push_back({place->first, 0});
+    nodes[place->second].microseconds += event.value("dur", std::uint64_t{0});
+  }
+  return nodes;
+}
+
+}  // namespace kiv::ort

@@ -1,0 +1,90 @@
+#include "session.h"
+
+#include <limits>
+#include <utility>
+
+#include "failure.h"
+#include "owned.h"
+
+namespace kiv::ort {
+namespace {
+
+std::string serialised(const onnx::ModelProto& model) {
+  if (model.ByteSizeLong() >
+      static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+    throw Failure(KIV_CONTEXT_ERROR_GENERAL,
+                  "the graph's model is larger than 2 GiB, which ONNX Runtime "
+                  "cannot take");
+  }
+  return model.SerializeAsString();
+}
+
+}  // namespace
+
+Session::Session(std::shared_ptr<const OrtLibrary> library, Model model,
+                 bool timesNodes)
+    : library_(std::move(library)), model_(std::move(model)) {
+  inputs_ = readPorts(model_.proto.graph().input());
+  outputs_ = readPorts(model_.proto.graph().output());
+  const OrtFunctions& functions = library_->functions();
+  Owned<OrtSessionOptions> options(functions.releaseSessionOptions);
+  library_->check("CreateSessionOptions",
+                  functions.createSessionOptions(options.receive()));
+  if (timesNodes) {
+    scratch_ = std::make_unique<ScratchDirectory>();
+    const std::string prefix = scratch_->path() + "/profile";
+    library_->check("EnableProfiling",
+                    functions.enableProfiling(options.get(), prefix.c_str()));
+  }
+  open(options.get());
+}
+
+Session::~Session() {
+  if (session_ != nullptr) library_->functions().releaseSession(session_);
+}
+
+void Session::open(const OrtSessionOptions* options) {
+  const std::string bytes = serialised(model_.proto);
+  library_->check("CreateSession", library_->functions().createSessionFromArray(
+                                       library_->env(), bytes.data(),
+                                       bytes.size(), options, &session_));
+}
+
+std::vector<NodeTime> Session::takeNodeTimes() const {
+  if (scratch_ == nullptr || hasEndedProfiling_.test_and_set()) return {};
+  return readNodeTimes(endProfiling());
+}
+
+std::string Session::endProfiling() const {
+  const OrtFunctions& functions = library_->functions();
+  OrtAllocator* allocator = nullptr;
+  library_->check("GetAllocator", functions.getDefaultAllocator(&allocator));
+  char* name = nullptr;
+  library_->check("EndProfiling",
+                  functions.endProfiling(session_, allocator, &name));
+  std::string text = name;
+  library_->check("AllocatorFree", functions.allocatorFree(allocator, name));
+  return text;
+}
+
+std::vector<Port> Session::readPorts(
+    const google::protobuf::RepeatedPtrField<onnx::ValueInfoProto>& values)
+    const {
+  std::vector<Port> ports;
+  for (const onnx::ValueInfoProto& value : values) {
+    const auto id = model_.ids.find(value.name());
+    ports.push_back({id == model_.ids.end() ? 0 : id->second,
+                     value.doc_string(), value.name()});
+  }
+  return ports;
+}
+
+const Port* findPort(std::span<const Port> ports, const TensorFields& fields) {
+  for (const Port& port : ports)
+    if (port.id != 0 && port.id == fields.id) return &port;
+  for (const Port& port : ports)
+    if (!port.name.empty() && port.name == fields.name) return &port;
+  return nullptr;
+}
+
+}  // namespace kiv::ort
