@@ -4,8 +4,10 @@
 #include "entries.h"
 #include "entry.h"
 #include "execution.h"
+#include "log.h"
 #include "nodes.h"
 #include "objects.h"
+#include "old_op_sets.h"
 #include "profile.h"
 
 namespace kiv::ort {
@@ -109,14 +111,38 @@ Kiv_ErrorHandle_t graphAddNode(Kiv_GraphHandle_t handle,
   });
 }
 
+// A network of an old operator set is rewritten if ONNX Runtime does not take
+// it as it is. Where that fails, too, the first message is the one that counts.
+std::shared_ptr<const Session> createSession(const Graph& graph, Model model,
+                                             bool timesNodes) {
+  const std::shared_ptr<const OrtLibrary>& library = graph.context->library;
+  const bool isOld = isOfOldOpSet(model.proto);
+  try {
+    return std::make_shared<const Session>(library, std::move(model),
+                                           timesNodes);
+  } catch (const Failure& failure) {
+    if (!isOld) throw;
+    log(KIV_LOG_LEVEL_INFO,
+        "graph \"" + graph.name +
+            "\" is rewritten for a later operator set: " + failure.what());
+    try {
+      return std::make_shared<const Session>(
+          library, buildRewrittenModel(graph), timesNodes);
+    } catch (const std::exception& second) {
+      log(KIV_LOG_LEVEL_INFO,
+          std::string("it cannot be rewritten: ") + second.what());
+    }
+    throw;
+  }
+}
+
 void finalize(Graph& graph, Profile* profile) {
   const auto start = Clock::now();
-  const std::shared_ptr<const OrtLibrary>& library = graph.context->library;
-  Model model = buildModel(graph, dataPlace(library));
+  Model model = buildModel(graph, dataPlace(graph.context->library));
   const std::uint64_t building = microsecondsSince(start);
   const auto creating = Clock::now();
-  graph.session = std::make_shared<const Session>(
-      library, std::move(model), profile != nullptr && profile->timesNodes());
+  graph.session = createSession(graph, std::move(model),
+                                profile != nullptr && profile->timesNodes());
   if (profile == nullptr) return;
   const EventValues steps[] = {
       {EventType::kStep, "build model", building},

@@ -1,7 +1,7 @@
 #include "model_builder.h"
 
+#include <algorithm>
 #include <set>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "failure.h"
@@ -52,6 +52,7 @@ class ModelBuilder {
   void addOutput(const Tensor& tensor, onnx::GraphProto& proto);
   void fillSubgraphs(const Graph& graph, onnx::NodeProto& node);
   void fillSubgraph(const Graph& graph, onnx::GraphProto& proto);
+  void shapeLoopInputs(onnx::GraphProto& body) const;
   void importOpSets();
 
   const Graph& main_;
@@ -130,7 +131,8 @@ void ModelBuilder::addInitializer(const Tensor& tensor,
 }
 
 // Sizes of a subgraph's inputs may change from one round of a loop to the next,
-// so they are left to ONNX Runtime.
+// and those that are not known look like a scalar's, so they are left to
+// ONNX Runtime.
 void ModelBuilder::addInput(const Graph& graph, const Tensor& tensor,
                             onnx::GraphProto& proto) {
   onnx::ValueInfoProto& input = *proto.add_input();
@@ -159,10 +161,26 @@ void ModelBuilder::addOutput(const Tensor& tensor, onnx::GraphProto& proto) {
 
 void ModelBuilder::fillSubgraphs(const Graph& graph, onnx::NodeProto& node) {
   for (onnx::AttributeProto& attribute : *node.mutable_attribute()) {
-    if (attribute.type() == onnx::AttributeProto::GRAPH)
+    if (attribute.type() == onnx::AttributeProto::GRAPH) {
       fillSubgraph(graph, *attribute.mutable_g());
+      if (node.op_type() == "Loop") shapeLoopInputs(*attribute.mutable_g());
+    }
     for (onnx::GraphProto& proto : *attribute.mutable_graphs())
       fillSubgraph(graph, proto);
+  }
+}
+
+// ONNX Runtime wants to know that a loop's number of the round and condition
+// have one element.
+void ModelBuilder::shapeLoopInputs(onnx::GraphProto& body) const {
+  constexpr int kCount = 2;
+  for (int i = 0; i < std::min(kCount, body.input_size()); ++i) {
+    onnx::ValueInfoProto& input = *body.mutable_input(i);
+    const auto tensor = std::find_if(
+        context_.tensors.begin(), context_.tensors.end(),
+        [&](const Tensor& each) { return each.value == input.name(); });
+    auto& shape = *input.mutable_type()->mutable_tensor_type()->mutable_shape();
+    if (!tensor->dimensions.empty()) shape.add_dim()->set_dim_value(1);
   }
 }
 
