@@ -54,6 +54,39 @@ TEST(NetworkReader, ReadsTensorsAndNodes) {
        "output r_1 232[2]\n"
        "Neg_0_1: r_1 = ai.onnx.Neg (x)\n"
        "If_0: z = ai.onnx.If then_branch=If_0_then_branch "
+       "else_branch=If_0_else_branch (c)\n"},
+      // A subgraph's outputs are tensors of their own in the order of outputs,
+      // whatever the order of nodes; values that are passed on are copied.
+      {R"(net (bool c, float[1] x) => (float[1] p, float[1] q, float[1] r) {
+         p, q, r = If(c)
+           <then_branch = one () => (float[1] a, float[1] x, float[1] b) {
+              b = Abs(x)  n = Neg(x)  a = Exp(n) },
+            else_branch = two () => (float[1] d, float[1] e, float[1] d) {
+              e = Abs(x)  d = Neg(x) }>
+       })",
+       "net: c, x -> p, q, r\n"
+       "input c 508[]\n"
+       "input x* 232[1]\n"
+       "output p 232[1]\n"
+       "output q 232[1]\n"
+       "output r 232[1]\n"
+       "If_0_then_branch:  -> a, x_output, b\n"
+       "output a 232[1]\n"
+       "output x_output 232[1]\n"
+       "output b 232[1]\n"
+       "native n 232[1]\n"
+       "Abs_0: b = ai.onnx.Abs (x)\n"
+       "Neg_1: n = ai.onnx.Neg (x)\n"
+       "Exp_2: a = ai.onnx.Exp (n)\n"
+       "x_output: x_output = ai.onnx.Identity (x)\n"
+       "If_0_else_branch:  -> d, e, d_output\n"
+       "output d 232[1]\n"
+       "output e 232[1]\n"
+       "output d_output 232[1]\n"
+       "Abs_0_1: e = ai.onnx.Abs (x)\n"
+       "Neg_1_1: d = ai.onnx.Neg (x)\n"
+       "d_output: d_output = ai.onnx.Identity (d)\n"
+       "If_0: p, q, r = ai.onnx.If then_branch=If_0_then_branch "
        "else_branch=If_0_else_branch (c)\n"}};
   for (const auto& [graph, read] : rows) {
     onnx::ModelProto model = modelOf(graph);

@@ -50,6 +50,7 @@ diff first other | grep '^<' >changed
 lines changed 3 .
 lines changed 3 '^< graphExecute('
 lines first 471 '^graphAddNode('
+lines first 1 '^backendCreate(.*platform="onnx.opset:9"}\]'
 [ "$(tail -n 2 first | cut -d '(' -f 1 | tr '\n' ' ')" = \
   'contextFree backendFree ' ] || fail 'not everything is freed'
 
