@@ -3,6 +3,7 @@
 #include <cstring>
 #include <optional>
 #include <set>
+#include <span>
 #include <utility>
 
 #include "context_binary.h"
@@ -22,7 +23,6 @@ constexpr auto kInvalidHandle = KIV_CONTEXT_ERROR_INVALID_HANDLE;
 
 struct Options {
   std::uint32_t queueDepth = 0;
-  bool isPersistentBinary = false;
   // The graphs to load; all if there is no such option.
   std::optional<std::set<std::string>> graphs;
 };
@@ -43,14 +43,12 @@ void readConfigs(const KivContext_Config_t** list, Options& options) {
       case KIV_CONTEXT_CONFIG_ENABLE_GRAPHS:
         options.graphs = names(config.enableGraphs);
         return;
-      case KIV_CONTEXT_CONFIG_PERSISTENT_BINARY:
-        options.isPersistentBinary = config.isPersistentBinary != 0;
-        return;
       case KIV_CONTEXT_CONFIG_OPTION_CUSTOM:
       case KIV_CONTEXT_CONFIG_OPTION_PRIORITY:
       case KIV_CONTEXT_CONFIG_OPTION_ERROR_REPORTING:
       case KIV_CONTEXT_CONFIG_OPTION_OEM_STRING:
       case KIV_CONTEXT_CONFIG_MEMORY_LIMIT_HINT:
+      case KIV_CONTEXT_CONFIG_PERSISTENT_BINARY:
         return;
       default:
         refuse(
@@ -111,7 +109,7 @@ Kiv_ErrorHandle_t contextSetConfig(
 
 Bytes binaryOf(Context& context) {
   const std::scoped_lock lock(context.mutex);
-  std::vector<const onnx::ModelProto*> models;
+  std::vector<const Model*> models;
   for (const auto& graph : context.graphs) {
     if (graph->session == nullptr)
       refuse(KIV_CONTEXT_ERROR_GENERAL,
@@ -150,18 +148,10 @@ Kiv_ErrorHandle_t contextGetBinary(Kiv_ContextHandle_t handle, void* buffer,
   });
 }
 
-// The binary's bytes and who owns them: the client, or a copy.
-struct BinaryBytes {
-  std::span<const std::uint8_t> bytes;
-  std::shared_ptr<const void> owner;
-};
-
-BinaryBytes takeBinary(const void* binary, Size size, bool isPersistent) {
-  if (binary == nullptr) refuse(KIV_CONTEXT_ERROR_BINARY, "the binary is null");
-  const std::span bytes(static_cast<const std::uint8_t*>(binary), size);
-  if (isPersistent) return {bytes, nullptr};
-  const auto copy = std::make_shared<const Bytes>(bytes.begin(), bytes.end());
-  return {*copy, copy};
+std::span<const std::uint8_t> bytesOf(const void* binary, Size size) {
+  if (binary == nullptr && size > 0)
+    refuse(KIV_CONTEXT_ERROR_BINARY, "the binary is null");
+  return {static_cast<const std::uint8_t*>(binary), size};
 }
 
 void addGraphs(Context& context, std::vector<Model> models,
@@ -190,11 +180,8 @@ Kiv_ErrorHandle_t contextCreateFromBinary(
     const auto start = Clock::now();
     auto context = makeContext(backend, device);
     context->queueDepth = options.queueDepth;
-    const BinaryBytes bytes =
-        takeBinary(binary, size, options.isPersistentBinary);
-    addGraphs(*context,
-              readBinary(bytes.bytes, bytes.owner, dataPlace(context->library)),
-              options, profile.get());
+    addGraphs(*context, readBinary(bytesOf(binary, size)), options,
+              profile.get());
     if (profile != nullptr) {
       const auto time = std::chrono::duration_cast<std::chrono::microseconds>(
           Clock::now() - start);
@@ -216,11 +203,7 @@ Kiv_ErrorHandle_t contextValidateBinary(Kiv_BackendHandle_t backend,
     readConfigs(config, options);
     const auto context = makeContext(backend, device);
     try {
-      const BinaryBytes bytes = takeBinary(binary, size, true);
-      addGraphs(
-          *context,
-          readBinary(bytes.bytes, bytes.owner, dataPlace(context->library)),
-          options, nullptr);
+      addGraphs(*context, readBinary(bytesOf(binary, size)), options, nullptr);
     } catch (const Failure& failure) {
       refuse(kInvalidHandle, failure.what());
     }

@@ -1,14 +1,11 @@
 #include "execution.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstring>
-#include <mutex>
 #include <utility>
 
 #include "failure.h"
-#include "log.h"
 #include "owned.h"
 
 namespace kiv::ort {
@@ -156,69 +153,6 @@ void Execution::copyResult(const TensorFields& fields, OrtValue* value) const {
            std::to_string(room));
   }
   if (size > 0) std::memcpy(fields.buffer.data, result.data, size);
-}
-
-namespace {
-
-// y = x for a static x, whose one element lies at an address.
-Model addressModel(const float& element) {
-  Model model;
-  model.proto.set_ir_version(8);
-  model.proto.add_opset_import()->set_version(13);
-  onnx::GraphProto& graph = *model.proto.mutable_graph();
-  graph.set_name("address");
-  onnx::TensorProto& initializer = *graph.add_initializer();
-  initializer.set_name("x");
-  initializer.set_data_type(onnx::TensorProto::FLOAT);
-  initializer.add_dims(1);
-  setAddress(initializer, &element, sizeof element);
-  onnx::NodeProto& node = *graph.add_node();
-  node.set_op_type("Identity");
-  node.add_input("x");
-  node.add_output("y");
-  onnx::ValueInfoProto& output = *graph.add_output();
-  output.set_name("y");
-  output.set_doc_string("y");
-  output.mutable_type()->mutable_tensor_type()->set_elem_type(
-      onnx::TensorProto::FLOAT);
-  return model;
-}
-
-bool takesAddresses(const std::shared_ptr<const OrtLibrary>& library) {
-  const float element = 42;
-  float result = 0;
-  std::array<Kiv_Tensor_t, 1> outputs{};
-  std::uint32_t one = 1;
-  outputs[0].version = KIV_TENSOR_VERSION_1;
-  outputs[0].v1.name = "y";
-  outputs[0].v1.dataType = KIV_DATA_TYPE_FLOAT_32;
-  outputs[0].v1.rank = 1;
-  outputs[0].v1.dimensions = &one;
-  outputs[0].v1.clientBuf = {&result, sizeof result};
-  try {
-    const auto session =
-        std::make_shared<const Session>(library, addressModel(element), false);
-    Execution(session, {}, outputs).run();
-  } catch (const std::exception& failure) {
-    log(KIV_LOG_LEVEL_INFO,
-        std::string("data of static tensors is copied: ") + failure.what());
-    return false;
-  }
-  return result == element;
-}
-
-}  // namespace
-
-DataPlace dataPlace(const std::shared_ptr<const OrtLibrary>& library) {
-  static std::mutex mutex;
-  static std::string version;
-  static bool answer = false;
-  const std::scoped_lock lock(mutex);
-  if (version != library->version()) {
-    answer = takesAddresses(library);
-    version = library->version();
-  }
-  return answer ? DataPlace::kInMemory : DataPlace::kInModel;
 }
 
 }  // namespace kiv::ort

@@ -66,8 +66,4 @@ class Execution {
   std::vector<OrtValue*> outputs_;
 };
 
-// Where data of static tensors may lie: whether ONNX Runtime takes data at an
-// address is tried once for each library.
-DataPlace dataPlace(const std::shared_ptr<const OrtLibrary>& library);
-
 }  // namespace kiv::ort

@@ -138,7 +138,7 @@ std::shared_ptr<const Session> createSession(const Graph& graph, Model model,
 
 void finalize(Graph& graph, Profile* profile) {
   const auto start = Clock::now();
-  Model model = buildModel(graph, dataPlace(graph.context->library));
+  Model model = buildModel(graph);
   const std::uint64_t building = microsecondsSince(start);
   const auto creating = Clock::now();
   graph.session = createSession(graph, std::move(model),

@@ -5,7 +5,10 @@
 //   Handles<Graph>::instance().add(graph, context);
 //
 // A handle is a number that is never given twice, so a handle of an object that
-// was freed is known to be wrong. Any thread may use it.
+// was freed is known to be wrong. The tables are never destroyed: sessions that
+// a client leaves behind cannot be released while the process ends, since
+// ONNX Runtime's threads are then no longer to be stopped. Any thread may use
+// it.
 
 #include <atomic>
 #include <cstdint>
@@ -24,8 +27,8 @@ template <typename Object>
 class Handles {
  public:
   static Handles& instance() {
-    static Handles handles;
-    return handles;
+    static auto* const kHandles = new Handles;
+    return *kHandles;
   }
 
   void* add(std::shared_ptr<Object> object) {

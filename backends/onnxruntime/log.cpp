@@ -20,8 +20,8 @@ struct Logger {
 };
 
 Logger& logger() {
-  static Logger instance;
-  return instance;
+  static auto* const kLogger = new Logger;
+  return *kLogger;
 }
 
 const char* nameOf(KivLog_Level_t level) {

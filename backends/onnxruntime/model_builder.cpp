@@ -4,23 +4,13 @@
 #include <set>
 #include <unordered_set>
 
-#include "failure.h"
+#include "external_data.h"
 #include "log.h"
 
 namespace kiv::ort {
 namespace {
 
 constexpr int kIrVersion = 8;
-
-// Shapes are inferred from small tensors, which must be in the model for that.
-constexpr std::size_t kLargestInModel = 1024;
-
-void addExternal(onnx::TensorProto& tensor, const char* key,
-                 const std::string& value) {
-  onnx::StringStringEntryProto& entry = *tensor.add_external_data();
-  entry.set_key(key);
-  entry.set_value(value);
-}
 
 bool isInput(const Tensor& tensor) {
   return tensor.type == KIV_TENSOR_TYPE_INPUT ||
@@ -34,8 +24,8 @@ bool isOutput(const Tensor& tensor) {
 
 class ModelBuilder {
  public:
-  ModelBuilder(const Graph& graph, DataPlace place)
-      : main_(graph), context_(*graph.context), place_(place) {}
+  explicit ModelBuilder(const Graph& graph)
+      : main_(graph), context_(*graph.context) {}
 
   Model build();
 
@@ -57,7 +47,6 @@ class ModelBuilder {
 
   const Graph& main_;
   const Context& context_;
-  DataPlace place_;
   Model model_;
   // Values that the nodes of any of the graphs use, and their domains.
   Values used_;
@@ -122,12 +111,12 @@ void ModelBuilder::addInitializer(const Tensor& tensor,
   initializer.set_name(tensor.value);
   initializer.set_data_type(tensor.elements->onnxType);
   for (const std::int64_t size : tensor.dimensions) initializer.add_dims(size);
-  if (place_ == DataPlace::kInModel || tensor.data->size() <= kLargestInModel) {
-    initializer.set_raw_data(tensor.data->data(), tensor.data->size());
-    return;
+  if (tensor.place) {
+    setPlace(initializer, *tensor.place);
+    model_.dataFile = context_.dataFile;
+  } else {
+    initializer.set_raw_data(tensor.data.data(), tensor.data.size());
   }
-  setAddress(initializer, tensor.data->data(), tensor.data->size());
-  model_.data.push_back(tensor.data);
 }
 
 // Sizes of a subgraph's inputs may change from one round of a loop to the next,
@@ -207,19 +196,6 @@ void ModelBuilder::importOpSets() {
 
 }  // namespace
 
-void setAddress(onnx::TensorProto& tensor, const void* data,
-                std::uint64_t size) {
-  tensor.clear_raw_data();
-  tensor.clear_external_data();
-  tensor.set_data_location(onnx::TensorProto::EXTERNAL);
-  addExternal(tensor, "location", kAddressLocation);
-  addExternal(tensor, "offset",
-              std::to_string(reinterpret_cast<std::uintptr_t>(data)));
-  addExternal(tensor, "length", std::to_string(size));
-}
-
-Model buildModel(const Graph& graph, DataPlace place) {
-  return ModelBuilder(graph, place).build();
-}
+Model buildModel(const Graph& graph) { return ModelBuilder(graph).build(); }
 
 }  // namespace kiv::ort

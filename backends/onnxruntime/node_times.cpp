@@ -1,11 +1,8 @@
 #include "node_times.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string_view>
-#include <system_error>
 #include <unordered_map>
 
 #include "failure.h"
@@ -33,18 +30,6 @@ std::string nameOf(const Json& event) {
 }
 
 }  // namespace
-
-ScratchDirectory::ScratchDirectory()
-    : path_((std::filesystem::temp_directory_path() / "kiv-ort-XXXXXX")
-                .string()) {
-  if (mkdtemp(path_.data()) == nullptr)
-    fail("cannot make a directory for ONNX Runtime's profile");
-}
-
-ScratchDirectory::~ScratchDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
 
 std::vector<NodeTime> readNodeTimes(const std::string& file) {
   std::ifstream stream(file);

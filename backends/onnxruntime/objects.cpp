@@ -1,5 +1,6 @@
 #include "objects.h"
 
+#include <span>
 #include <utility>
 
 #include "failure.h"
@@ -22,6 +23,23 @@ std::string uniqueValue(Context& context, const Tensor& tensor) {
     value += "#" + std::to_string(tensor.id);
   while (!context.values.insert(value).second) value += "#";
   return value;
+}
+
+// Small data stays at hand: shapes are inferred from it, for which it must be
+// in the model.
+void keepData(Context& context, const Kiv_ClientBuffer_t& buffer,
+              Tensor& tensor) {
+  constexpr std::size_t kLargestAtHand = 1024;
+  if (buffer.data == nullptr) return;
+  const std::span bytes(static_cast<const std::uint8_t*>(buffer.data),
+                        buffer.dataSize);
+  if (bytes.size() <= kLargestAtHand) {
+    tensor.data.assign(bytes.begin(), bytes.end());
+    return;
+  }
+  if (context.dataFile == nullptr)
+    context.dataFile = std::make_shared<DataFile>();
+  tensor.place = context.dataFile->append(bytes);
 }
 
 }  // namespace
@@ -49,7 +67,9 @@ Graph& addGraph(Context& context, Graph* parent, const std::string& name) {
   return graph;
 }
 
-std::uint32_t addTensor(Context& context, const Graph* owner, Tensor tensor) {
+std::uint32_t addTensor(Context& context, const Graph* owner,
+                        const TensorFields& fields) {
+  Tensor tensor = makeTensor(fields);
   if (!tensor.name.empty() &&
       !context.names.emplace(owner, tensor.name).second) {
     throw Failure(KIV_TENSOR_ERROR_ALREADY_EXISTS,
@@ -59,6 +79,8 @@ std::uint32_t addTensor(Context& context, const Graph* owner, Tensor tensor) {
   tensor.owner = owner;
   tensor.home = owner != nullptr ? owner : context.latestGraph;
   tensor.value = uniqueValue(context, tensor);
+  if (tensor.type == KIV_TENSOR_TYPE_STATIC)
+    keepData(context, fields.buffer, tensor);
   context.tensors.push_back(std::move(tensor));
   return context.tensors.back().id;
 }

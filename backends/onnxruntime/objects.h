@@ -62,6 +62,8 @@ struct Context {
   std::unordered_set<std::string> values;
   std::vector<std::unique_ptr<Graph>> graphs;
   const Graph* latestGraph = nullptr;
+  // The data of large static tensors; null until the first.
+  std::shared_ptr<DataFile> dataFile;
   // Runs asynchronous executions; null until the first.
   std::unique_ptr<Worker> worker;
   std::uint32_t queueDepth = 0;
@@ -75,9 +77,11 @@ Graph& addGraph(Context& context, Graph* parent, const std::string& name);
 Graph* findGraph(const Context& context, const std::string& name);
 Graph* findSubgraph(const Graph& graph, const std::string& name);
 
-// Puts a tensor into a graph, or into the context if `owner` is null; returns
-// its id. A Failure for a name that the owner has already.
-std::uint32_t addTensor(Context& context, const Graph* owner, Tensor tensor);
+// Puts a tensor into a graph, or into the context if `owner` is null, with a
+// copy of its data if it is static; returns its id. A Failure for a name that
+// the owner has already.
+std::uint32_t addTensor(Context& context, const Graph* owner,
+                        const TensorFields& fields);
 
 // The context's worker, which is started with the first call.
 Worker& workerOf(Context& context);

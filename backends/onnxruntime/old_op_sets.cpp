@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "external_data.h"
 #include "failure.h"
 
 namespace kiv::ort {
@@ -96,8 +97,10 @@ bool isOfOldOpSet(const onnx::ModelProto& model) {
 }
 
 Model buildRewrittenModel(const Graph& graph) {
-  Model model = buildModel(graph, DataPlace::kInModel);
+  Model model = buildModel(graph);
   onnx::GraphProto& original = *model.proto.mutable_graph();
+  if (model.dataFile != nullptr) takeIn(original, *model.dataFile);
+  model.dataFile = nullptr;
   addShapes(graph, original);
   shapeSlopes(graph, original);
   onnx::ModelProto rewritten =

@@ -24,6 +24,7 @@ OrtFunctions readTable(const void* table) {
   OrtFunctions functions{};
   slots.read(functions.getErrorMessage, 2);
   slots.read(functions.createEnvWithLogger, 4);
+  slots.read(functions.createSession, 7);
   slots.read(functions.createSessionFromArray, 8);
   slots.read(functions.run, 9);
   slots.read(functions.createSessionOptions, 10);

@@ -49,6 +49,9 @@ struct OrtFunctions {
   OrtStatus* (*createEnvWithLogger)(OrtLogFunction log, void* argument,
                                     int severity, const char* logId,
                                     OrtEnv** env);
+  OrtStatus* (*createSession)(const OrtEnv* env, const char* path,
+                              const OrtSessionOptions* options,
+                              OrtSession** session);
   OrtStatus* (*createSessionFromArray)(const OrtEnv* env, const void* model,
                                        std::size_t size,
                                        const OrtSessionOptions* options,

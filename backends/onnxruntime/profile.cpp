@@ -19,8 +19,8 @@ std::uint64_t nanoseconds() {
 class EventTable {
  public:
   static EventTable& instance() {
-    static EventTable table;
-    return table;
+    static auto* const kTable = new EventTable;
+    return *kTable;
   }
 
   KivProfile_EventId_t add(Event event) {

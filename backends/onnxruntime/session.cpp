@@ -1,5 +1,10 @@
 #include "session.h"
 
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <limits>
 #include <utility>
 
@@ -19,6 +24,30 @@ std::string serialised(const onnx::ModelProto& model) {
   return model.SerializeAsString();
 }
 
+// A file for a model, removed with the object.
+class ModelFile {
+ public:
+  ModelFile(const std::string& directory, const std::string& bytes)
+      : path_(directory + "/model-XXXXXX") {
+    const int file = mkstemp(path_.data());
+    if (file >= 0) close(file);
+    std::ofstream stream(path_, std::ios::binary);
+    stream << bytes << std::flush;
+    if (file < 0 || !stream) {
+      throw Failure(KIV_CONTEXT_ERROR_GENERAL,
+                    "cannot write the model to " + path_);
+    }
+  }
+  ~ModelFile() { std::remove(path_.c_str()); }
+  ModelFile(const ModelFile&) = delete;
+  ModelFile& operator=(const ModelFile&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
 }  // namespace
 
 Session::Session(std::shared_ptr<const OrtLibrary> library, Model model,
@@ -31,7 +60,8 @@ Session::Session(std::shared_ptr<const OrtLibrary> library, Model model,
   library_->check("CreateSessionOptions",
                   functions.createSessionOptions(options.receive()));
   if (timesNodes) {
-    scratch_ = std::make_unique<ScratchDirectory>();
+    scratch_ =
+        std::make_unique<ScratchDirectory>(ScratchDirectory::Place::kTemporary);
     const std::string prefix = scratch_->path() + "/profile";
     library_->check("EnableProfiling",
                     functions.enableProfiling(options.get(), prefix.c_str()));
@@ -43,11 +73,20 @@ Session::~Session() {
   if (session_ != nullptr) library_->functions().releaseSession(session_);
 }
 
+// ONNX Runtime looks for the data file beside the model's file.
 void Session::open(const OrtSessionOptions* options) {
   const std::string bytes = serialised(model_.proto);
-  library_->check("CreateSession", library_->functions().createSessionFromArray(
-                                       library_->env(), bytes.data(),
-                                       bytes.size(), options, &session_));
+  const OrtFunctions& functions = library_->functions();
+  if (model_.dataFile == nullptr) {
+    library_->check("CreateSession", functions.createSessionFromArray(
+                                         library_->env(), bytes.data(),
+                                         bytes.size(), options, &session_));
+    return;
+  }
+  const ModelFile file(model_.dataFile->directory(), bytes);
+  library_->check("CreateSession",
+                  functions.createSession(library_->env(), file.path().c_str(),
+                                          options, &session_));
 }
 
 std::vector<NodeTime> Session::takeNodeTimes() const {

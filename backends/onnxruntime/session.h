@@ -16,6 +16,7 @@
 #include "model_builder.h"
 #include "node_times.h"
 #include "ort_library.h"
+#include "scratch_directory.h"
 #include "tensors.h"
 
 namespace kiv::ort {
@@ -45,7 +46,7 @@ class Session {
   OrtSession* handle() const { return session_; }
   const std::vector<Port>& inputs() const { return inputs_; }
   const std::vector<Port>& outputs() const { return outputs_; }
-  const onnx::ModelProto& model() const { return model_.proto; }
+  const Model& model() const { return model_; }
 
   // What each node has taken so far, in order of the first execution. Nothing
   // unless nodes are timed, and from the second call on: ONNX Runtime ends its

@@ -13,7 +13,7 @@ void create(Context& context, const Graph* owner, Kiv_Tensor_t* record) {
   if (owner != nullptr && owner->main().session != nullptr)
     refuse(KIV_CONTEXT_ERROR_GENERAL, "the graph is finalized");
   const std::uint32_t id =
-      addTensor(context, owner, makeTensor(readFields(*record, "the tensor")));
+      addTensor(context, owner, readFields(*record, "the tensor"));
   (record->version == KIV_TENSOR_VERSION_2 ? record->v2.id : record->v1.id) =
       id;
 }

@@ -43,12 +43,6 @@ TensorFields readV2(const Kiv_TensorV2_t& record, const std::string& what) {
   return fields;
 }
 
-std::shared_ptr<const Bytes> copyData(const Kiv_ClientBuffer_t& buffer) {
-  const auto* data = static_cast<const std::uint8_t*>(buffer.data);
-  const std::size_t size = data == nullptr ? 0 : buffer.dataSize;
-  return std::make_shared<const Bytes>(data, data + size);
-}
-
 }  // namespace
 
 TensorFields readFields(const Kiv_Tensor_t& record, const std::string& what) {
@@ -88,10 +82,8 @@ Tensor makeTensor(const TensorFields& fields) {
   tensor.elements = &elementType(fields.dataType, describe(fields));
   tensor.dimensions = fields.dimensions;
   tensor.open = fields.open;
-  if (fields.type == KIV_TENSOR_TYPE_STATIC) {
+  if (fields.type == KIV_TENSOR_TYPE_STATIC)
     checkBuffer(fields, *tensor.elements);
-    tensor.data = copyData(fields.buffer);
-  }
   return tensor;
 }
 

@@ -3,16 +3,17 @@
 // Tensors as clients describe them and as contexts keep them:
 //
 //   const TensorFields fields = readFields(record, "input 0");
-//   Tensor tensor = makeTensor(fields);     // copies name, sizes and data
+//   Tensor tensor = makeTensor(fields);
 //
 // Any thread may call the functions.
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "KivTypes.h"
+#include "data_file.h"
 #include "element_types.h"
 
 namespace kiv::ort {
@@ -49,9 +50,10 @@ struct Tensor {
   const ElementType* elements = nullptr;
   std::vector<std::int64_t> dimensions;
   std::vector<bool> open;
-  // The bytes of a static tensor, which the client may free after the call.
-  // ONNX Runtime reads them in place.
-  std::shared_ptr<const Bytes> data;
+  // The data of a static tensor, which the client may free after the call: its
+  // bytes if they are few, else where they are in the context's data file.
+  Bytes data;
+  std::optional<DataPlace> place;
   // The graph that the tensor was created in; null for the context.
   const Graph* owner = nullptr;
   // The graph that was created last before the tensor, or null. A context
@@ -59,8 +61,9 @@ struct Tensor {
   const Graph* home = nullptr;
 };
 
-// A Failure for an element type without a match, and for a static tensor whose
-// data is not as large as its sizes say.
+// The data of a static tensor stays with the client. A Failure for an element
+// type without a match, and for a static tensor whose data is not as large as
+// its sizes say.
 Tensor makeTensor(const TensorFields& fields);
 
 // A Failure unless the buffer has the bytes that the sizes say.
