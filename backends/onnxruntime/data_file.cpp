@@ -1,10 +1,14 @@
 #include "data_file.h"
 
-#include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <vector>
 
 #include "failure.h"
 
@@ -21,10 +25,7 @@ constexpr std::uint64_t kAlignment = 64;
 
 }  // namespace
 
-DataFile::DataFile() : directory_(ScratchDirectory::Place::kMemory) {
-  constexpr int kOwnerOnly = 0600;
-  const std::string path = directory() + "/" + kName;
-  file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly);
+DataFile::DataFile() : file_(memfd_create("kiv_static_data", MFD_CLOEXEC)) {
   if (file_ < 0) fail("keep");
 }
 
@@ -44,6 +45,26 @@ DataPlace DataFile::append(std::span<const std::uint8_t> bytes) {
   }
   size_ = start + bytes.size();
   return {start, bytes.size()};
+}
+
+void DataFile::linkInto(const std::string& directory) const {
+  const std::string target = "/proc/self/fd/" + std::to_string(file_);
+  if (symlink(target.c_str(), (directory + "/" + kName).c_str()) != 0)
+    fail("link");
+}
+
+void DataFile::copyInto(const std::string& directory) const {
+  const std::string path = directory + "/" + kName;
+  std::remove(path.c_str());
+  std::ofstream stream(path, std::ios::binary);
+  std::vector<char> block(1 << 20);
+  for (std::uint64_t at = 0; at < size_; at += block.size()) {
+    const std::uint64_t count =
+        std::min<std::uint64_t>(block.size(), size_ - at);
+    read({at, count}, block.data());
+    stream.write(block.data(), static_cast<std::streamsize>(count));
+  }
+  if (!stream.flush()) fail("copy");
 }
 
 void DataFile::read(const DataPlace& place, void* buffer) const {

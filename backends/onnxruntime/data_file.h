@@ -7,14 +7,12 @@
 //   const DataPlace place = file.append(bytes);
 //   file.read(place, buffer);
 //
-// The file lies in memory where the system has a directory for that, and is
-// removed with the object. One thread at a time may append, any may read.
+// The file is memory without a name, which nothing is left of when the process
+// ends. One thread at a time may append, any may read.
 
 #include <cstdint>
 #include <span>
 #include <string>
-
-#include "scratch_directory.h"
 
 namespace kiv::ort {
 
@@ -34,12 +32,13 @@ class DataFile {
   DataPlace append(std::span<const std::uint8_t> bytes);
   void read(const DataPlace& place, void* buffer) const;
 
-  const std::string& directory() const { return directory_.path(); }
-  // The file's name in its directory.
+  // Where ONNX Runtime finds the file: a link to it, or a copy, beside the
+  // model's own file, by this name.
   static constexpr const char* kName = "data";
+  void linkInto(const std::string& directory) const;
+  void copyInto(const std::string& directory) const;
 
  private:
-  ScratchDirectory directory_;
   int file_ = -1;
   std::uint64_t size_ = 0;
 };

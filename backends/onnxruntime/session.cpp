@@ -1,9 +1,5 @@
 #include "session.h"
 
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <limits>
 #include <utility>
@@ -24,29 +20,11 @@ std::string serialised(const onnx::ModelProto& model) {
   return model.SerializeAsString();
 }
 
-// A file for a model, removed with the object.
-class ModelFile {
- public:
-  ModelFile(const std::string& directory, const std::string& bytes)
-      : path_(directory + "/model-XXXXXX") {
-    const int file = mkstemp(path_.data());
-    if (file >= 0) close(file);
-    std::ofstream stream(path_, std::ios::binary);
-    stream << bytes << std::flush;
-    if (file < 0 || !stream) {
-      throw Failure(KIV_CONTEXT_ERROR_GENERAL,
-                    "cannot write the model to " + path_);
-    }
-  }
-  ~ModelFile() { std::remove(path_.c_str()); }
-  ModelFile(const ModelFile&) = delete;
-  ModelFile& operator=(const ModelFile&) = delete;
-
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
+void writeFile(const std::string& path, const std::string& bytes) {
+  std::ofstream stream(path, std::ios::binary);
+  if (!(stream << bytes << std::flush))
+    throw Failure(KIV_CONTEXT_ERROR_GENERAL, "cannot write " + path);
+}
 
 }  // namespace
 
@@ -73,7 +51,8 @@ Session::~Session() {
   if (session_ != nullptr) library_->functions().releaseSession(session_);
 }
 
-// ONNX Runtime looks for the data file beside the model's file.
+// ONNX Runtime looks for the data file beside the model's file, and maps it. A
+// version that does not follow links gets a copy.
 void Session::open(const OrtSessionOptions* options) {
   const std::string bytes = serialised(model_.proto);
   const OrtFunctions& functions = library_->functions();
@@ -83,10 +62,21 @@ void Session::open(const OrtSessionOptions* options) {
                                          bytes.size(), options, &session_));
     return;
   }
-  const ModelFile file(model_.dataFile->directory(), bytes);
-  library_->check("CreateSession",
-                  functions.createSession(library_->env(), file.path().c_str(),
-                                          options, &session_));
+  const ScratchDirectory directory(ScratchDirectory::Place::kMemory);
+  const std::string path = directory.path() + "/model.onnx";
+  writeFile(path, bytes);
+  const auto create = [&] {
+    library_->check("CreateSession",
+                    functions.createSession(library_->env(), path.c_str(),
+                                            options, &session_));
+  };
+  model_.dataFile->linkInto(directory.path());
+  try {
+    create();
+  } catch (const Failure&) {
+    model_.dataFile->copyInto(directory.path());
+    create();
+  }
 }
 
 std::vector<NodeTime> Session::takeNodeTimes() const {

@@ -97,10 +97,11 @@ void OnnxRuntimeTest::TearDown() {
   if (backend_ != nullptr) EXPECT_EQ(api_->backendFree(backend_), KIV_SUCCESS);
 }
 
-Kiv_ContextHandle_t OnnxRuntimeTest::createContext() const {
+Kiv_ContextHandle_t OnnxRuntimeTest::createContext() {
   Kiv_ContextHandle_t context = nullptr;
   EXPECT_EQ(api_->contextCreate(backend_, nullptr, nullptr, &context),
             KIV_SUCCESS);
+  contexts_.push_back(context);
   return context;
 }
 

@@ -66,7 +66,8 @@ class OnnxRuntimeTest : public testing::Test {
 
   const Api& api() const { return *api_; }
   Kiv_BackendHandle_t backend() const { return backend_; }
-  Kiv_ContextHandle_t createContext() const;
+  // Freed after the test unless the test does so.
+  Kiv_ContextHandle_t createContext();
   // The messages since the last call, each on a line.
   std::string messages();
 
@@ -75,6 +76,7 @@ class OnnxRuntimeTest : public testing::Test {
   const Api* api_ = nullptr;
   std::unique_ptr<LogCapture> log_;
   Kiv_BackendHandle_t backend_ = nullptr;
+  std::vector<Kiv_ContextHandle_t> contexts_;
 };
 
 }  // namespace kiv::test
