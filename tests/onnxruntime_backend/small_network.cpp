@@ -94,7 +94,10 @@ void OnnxRuntimeTest::SetUp() {
 }
 
 void OnnxRuntimeTest::TearDown() {
-  if (backend_ != nullptr) EXPECT_EQ(api_->backendFree(backend_), KIV_SUCCESS);
+  if (backend_ == nullptr) return;
+  for (Kiv_ContextHandle_t context : contexts_)
+    api_->contextFree(context, nullptr);
+  EXPECT_EQ(api_->backendFree(backend_), KIV_SUCCESS);
 }
 
 Kiv_ContextHandle_t OnnxRuntimeTest::createContext() {
