@@ -39,18 +39,14 @@ Execution::Execution(std::shared_ptr<const Session> session,
                      std::span<const Kiv_Tensor_t> inputs,
                      std::span<const Kiv_Tensor_t> outputs)
     : session_(std::move(session)),
-      functions_(session_->library().functions()) {
+      functions_(session_->library().functions()),
+      inputs_(functions_),
+      outputs_(functions_) {
   for (std::size_t i = 0; i < inputs.size(); ++i)
     addInput(readFields(inputs[i], "input " + std::to_string(i)));
   checkInputs();
   for (std::size_t i = 0; i < outputs.size(); ++i)
     addOutput(readFields(outputs[i], "output " + std::to_string(i)));
-}
-
-Execution::~Execution() {
-  for (auto* values : {&inputs_, &outputs_})
-    for (OrtValue* value : *values)
-      if (value != nullptr) functions_.releaseValue(value);
 }
 
 void Execution::check(const char* what, OrtStatus* status) const {
@@ -65,13 +61,12 @@ void Execution::addInput(const TensorFields& fields) {
   const ElementType& elements = elementType(fields.dataType, describe(fields));
   checkBuffer(fields, elements);
   const bool isEmpty = fields.buffer.data == nullptr;
-  inputs_.push_back(nullptr);
   check(
       "CreateTensor",
       functions_.createTensorWithData(
           session_->library().memory(), isEmpty ? &noData : fields.buffer.data,
           isEmpty ? 0 : fields.buffer.dataSize, fields.dimensions.data(),
-          fields.dimensions.size(), elements.onnxType, &inputs_.back()));
+          fields.dimensions.size(), elements.onnxType, inputs_.add()));
   inputNames_.push_back(port->value.c_str());
 }
 
@@ -89,7 +84,7 @@ void Execution::addOutput(const TensorFields& fields) {
     refuseList(describe(fields) + " is no output of the graph");
   outputNames_.push_back(port->value.c_str());
   outputFields_.push_back(fields);
-  outputs_.push_back(nullptr);
+  outputs_.add();
 }
 
 RunTimes Execution::run() {

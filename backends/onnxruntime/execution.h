@@ -25,6 +25,27 @@ struct RunTimes {
   std::uint64_t copying = 0;
 };
 
+// Values of ONNX Runtime, null until they are there; released with the object.
+class OrtValues {
+ public:
+  explicit OrtValues(const OrtFunctions& functions) : functions_(functions) {}
+  ~OrtValues() {
+    for (OrtValue* value : values_)
+      if (value != nullptr) functions_.releaseValue(value);
+  }
+  OrtValues(const OrtValues&) = delete;
+  OrtValues& operator=(const OrtValues&) = delete;
+
+  OrtValue** add() { return &values_.emplace_back(nullptr); }
+  OrtValue** data() { return values_.data(); }
+  std::size_t size() const { return values_.size(); }
+  OrtValue* operator[](std::size_t index) const { return values_[index]; }
+
+ private:
+  const OrtFunctions& functions_;
+  std::vector<OrtValue*> values_;
+};
+
 class Execution {
  public:
   // Tensors are found by their ids, else by their names. A Failure for a tensor
@@ -33,10 +54,6 @@ class Execution {
   Execution(std::shared_ptr<const Session> session,
             std::span<const Kiv_Tensor_t> inputs,
             std::span<const Kiv_Tensor_t> outputs);
-  ~Execution();
-  Execution(const Execution&) = delete;
-  Execution& operator=(const Execution&) = delete;
-
   // Computes the outputs and copies them into their buffers, which must have
   // exactly the size of the result. A Failure if ONNX Runtime fails or a result
   // does not fit; buffers before that one are filled then.
@@ -60,10 +77,10 @@ class Execution {
   std::shared_ptr<const Session> session_;
   const OrtFunctions& functions_;
   std::vector<const char*> inputNames_;
-  std::vector<OrtValue*> inputs_;
+  OrtValues inputs_;
   std::vector<const char*> outputNames_;
   std::vector<TensorFields> outputFields_;
-  std::vector<OrtValue*> outputs_;
+  OrtValues outputs_;
 };
 
 }  // namespace kiv::ort
