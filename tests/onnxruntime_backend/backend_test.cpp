@@ -220,6 +220,7 @@ TEST_F(Binary, HoldsGraphsWithTheirData) {
   Floats z(kLarge);
   EXPECT_EQ(large.execute(graph, x, z), KIV_SUCCESS);
   EXPECT_EQ(z, SmallNetwork::sum(x));
+  EXPECT_EQ(api().contextFree(loaded, nullptr), KIV_SUCCESS);
 }
 
 TEST_F(Binary, IsRefusedWhereItIsDamaged) {
@@ -344,6 +345,7 @@ TEST_F(Backend, TakesTheOperatorSetFromOptions) {
   expect(SmallNetwork(api(), context, "add", 4).finalize(), KIV_SUCCESS,
          "2: graph \"add\": no platform option onnx.opset names an operator "
          "set, so 19 is taken");
+  EXPECT_EQ(api().contextFree(context, nullptr), KIV_SUCCESS);
   KivBackend_Config_t config{};
   config.option = KIV_BACKEND_CONFIG_OPTION_PLATFORM;
   const KivBackend_Config_t* configs[] = {&config, nullptr};

@@ -7,6 +7,13 @@
 #include "support/provider.h"
 #include "support/records.h"
 
+// ONNX Runtime leaves some bytes of its own behind, which the leak sanitizer is
+// to pass over.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:libonnxruntime.so";
+}
+
 namespace kiv::test {
 
 Kiv_Tensor_t vectorTensor(const char* name, Kiv_TensorType_t type,
