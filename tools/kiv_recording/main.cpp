@@ -35,12 +35,11 @@ int run(const std::vector<std::string>& arguments) {
   program.require_subcommand(1);
   // Paths may begin with a slash on every system.
   program.allow_windows_style_options(false);
-  const Verb verbs[] = {addReplay(program),  addInfo(program),
-                        addCheck(program),   addDump(program),
-                        addDiff(program),    addComplete(program),
-                        addPrepare(program), addCompare(program),
-                        addExtract(program), addExport(program),
-                        addRecord(program)};
+  const Verb verbs[] = {
+      addReplay(program),  addInfo(program),    addCheck(program),
+      addDump(program),    addDiff(program),    addComplete(program),
+      addPrepare(program), addCompare(program), addExtract(program),
+      addExport(program),  addRecord(program)};
   try {
     // CLI11 takes them from the back.
     program.parse(
