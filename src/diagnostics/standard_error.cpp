@@ -19,11 +19,17 @@ constexpr int kOff = 0;
 std::atomic<int> wantedLevel = kUnread;
 std::atomic<bool> hasFailed = false;
 
+// Room for a path and a sentence.
+using Text = std::array<char, 4600>;
+
 // One write, so that lines of several processes do not mix.
-void printLine(const std::string& text) {
-  const std::string line =
-      "KivSaver[" + std::to_string(platform::processId()) + "]: " + text + "\n";
-  std::fputs(line.c_str(), stderr);
+void printLine(const char* text) {
+  Text line{};
+  std::snprintf(line.data(), line.size() - 1, "KivSaver[%lu]: %s",
+                static_cast<unsigned long>(platform::processId()), text);
+  const std::size_t length = std::string_view(line.data()).size();
+  line[length] = '\n';
+  std::fwrite(line.data(), 1, length + 1, stderr);
 }
 
 int readLevel() {
@@ -31,39 +37,54 @@ int readLevel() {
   if (!value) return kOff;
   for (std::size_t i = 0; i < kLevels.size(); ++i)
     if (*value == kLevels[i]) return static_cast<int>(i) + 1;
-  printLine(std::string(kVariable) + " is \"" + *value +
-            "\", but must be error, warn, info, verbose or debug");
+  Text text{};
+  std::snprintf(text.data(), text.size(),
+                "%s is \"%s\", but must be error, warn, info, verbose or debug",
+                kVariable, value->c_str());
+  printLine(text.data());
   return static_cast<int>(kLevels.size());
 }
 
-int level() {
-  int known = wantedLevel;
+// Without memory for the variable it is tried again.
+int level() noexcept {
+  const int known = wantedLevel;
   if (known != kUnread) return known;
-  const int read = readLevel();
-  wantedLevel.compare_exchange_strong(known, read);
-  return read;
+  try {
+    return wantedLevel = readLevel();
+  } catch (...) {
+    return kOff;
+  }
 }
 
 }  // namespace
 
-bool usesStandardError() { return level() != kOff; }
+bool usesStandardError() noexcept { return level() != kOff; }
 
-void printToStandardError(Level wanted, const char* format, va_list arguments) {
-  const auto number = static_cast<int>(wanted);
-  if (number > level()) return;
-  std::array<char, 1024> text{};
+void printToStandardError(Level wanted, const char* format,
+                          va_list arguments) noexcept {
+  if (static_cast<int>(wanted) > level()) return;
+  Text text{};
+  const std::string_view word =
+      wanted == Level::kError ? "error: " : "warning: ";
+  word.copy(text.data(), word.size());
+  std::vsnprintf(text.data() + word.size(), text.size() - word.size(), format,
+                 arguments);
+  printLine(text.data());
+}
+
+void report(const char* format, ...) noexcept {
+  if (!usesStandardError()) return;
+  Text text{};
+  va_list arguments;
+  va_start(arguments, format);
   std::vsnprintf(text.data(), text.size(), format, arguments);
-  printLine(std::string(wanted == Level::kError ? "error: " : "warning: ") +
-            text.data());
+  va_end(arguments);
+  printLine(text.data());
 }
 
-void report(const std::string& text) {
-  if (usesStandardError()) printLine(text);
-}
-
-void reportFailure(const std::string& path, const std::string& reason) {
+void reportFailure(const char* path, const char* reason) noexcept {
   if (usesStandardError() && !hasFailed.exchange(true))
-    printLine("error: " + path + ": " + reason);
+    report("error: %s: %s", path, reason);
 }
 
 }  // namespace kiv::log

@@ -183,9 +183,11 @@ void OutputFiles::finishDespiteCalls() {
 }
 
 void OutputFiles::reportEnd() const {
-  log::report(std::to_string(calls_) + " calls recorded, " +
-              std::to_string(model_.end()) + " bytes of text and " +
-              std::to_string(data_.end()) + " bytes of data: " + model_.path());
+  log::report("%llu calls recorded, %llu bytes of text, %llu bytes of data: %s",
+              static_cast<unsigned long long>(calls_),
+              static_cast<unsigned long long>(model_.end()),
+              static_cast<unsigned long long>(data_.end()),
+              model_.path().c_str());
 }
 
 Status OutputFiles::append(std::span<const DataRun> runs, std::string_view text,

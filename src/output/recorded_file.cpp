@@ -9,21 +9,24 @@
 namespace kiv::output {
 namespace {
 
-void reportFailure(const std::string& path) {
+// Says so by the way: nothing else fails if there is no memory for it.
+void reportFailure(const std::string& path) noexcept try {
   if (log::usesStandardError())
-    log::reportFailure(path, platform::lastFailure());
+    log::reportFailure(platform::absolutePath(path).c_str(),
+                       platform::lastFailure().c_str());
+} catch (...) {
 }
 
 // The text's "pal::Directory::create" stands as it is known to users.
 Failed ensureDirectory(const std::string& path) {
   if (platform::pathExists(path)) {
     if (platform::isDirectory(path)) return std::nullopt;
-    log::reportFailure(path, "this is no directory");
+    log::reportFailure(path.c_str(), "this is no directory");
     return Message{"%s already exists", path};
   }
   if (platform::createDirectory(path) || platform::isDirectory(path))
     return std::nullopt;
-  reportFailure(platform::absolutePath(path));
+  reportFailure(path);
   return Message{"Could not create directory, pal::Directory::create failed"};
 }
 
@@ -47,7 +50,8 @@ Failed RecordedFile::open(const std::string& directory,
   const auto opened =
       platform::openForWriting(pathOf(directory, fileName), mode);
   heldByAnother_ = opened.isHeldByAnother;
-  if (heldByAnother_) log::reportFailure(path_, "another recorder has it");
+  if (heldByAnother_)
+    log::reportFailure(path_.c_str(), "another recorder has it");
   if (opened.stream == nullptr) {
     reportFailure(path_);
     return Message{"Could not open file: %s", fileName};
