@@ -3,7 +3,10 @@
 #
 # Records a network's calls with the Saver and replays them on Tracer, a backend
 # that prints its calls: by kiv-recording, and compiled. Then runs the client on
-# Tracer directly: all must print the same calls. All output is below build/demo.
+# Tracer directly: all must print the same calls. Without an argument the example
+# network then computes: a line of text, upright and upside down, on the backend
+# that runs ONNX Runtime, by each of these ways and without any of our code. All
+# output is below build/demo.
 set -euo pipefail
 export LC_ALL=C
 
@@ -26,6 +29,9 @@ client=build/release/examples/onnx_client/onnx_client
 recorder=$root/build/release/bin/kiv-recording
 saver=$root/build/release/src/libKivSaver.so
 tracer=$root/build/release/backends/tracer/libKivTracer.so
+computing=$root/build/release/backends/onnxruntime/libKivOnnxRuntime.so
+ort_package=$work/node/node_modules/onnxruntime-node
+example=$([ $# -eq 0 ] && echo yes || echo no)
 
 # Runs one step of the way; its output is shown only if it fails.
 step() { # WHAT COMMAND...
@@ -54,6 +60,80 @@ compare() { # TRACE
   echo "compared: DIFFERENT, first here (< client, > $1):"
   head -n 4 "$work/difference.txt" | cut -c 1-300
   exit 1
+}
+
+# What the log says of an execution's outputs: two probabilities.
+probabilities() { # LOG
+  sed -nE 's/.*softmax_0\.tmp_0.*\]: +([^ ]+ [^ ]+).*/\1/p' "$1" | tail -n 1
+}
+
+# The same to four digits, which is what all ways must agree in.
+rounded() { # PROBABILITIES
+  # shellcheck disable=SC2086  # two words
+  printf '%.4f %.4f' $1
+}
+
+# One picture by all ways.
+compute_line() { # NAME
+  local name=$1 lines=$work/$1 way values
+  rm -rf "$lines"
+  mkdir -p "$lines"
+  local options=(--shape x=1x3x48x192 --mean 0.5 --std 0.5
+    --input "x=examples/models/line_$name.png")
+  "$client" --backend "$computing" "${options[@]}" "$network" \
+    >"$lines/client.txt" 2>>"$log" || fail_computing "$name" client
+  step "recording the line $name" "$client" --backend "$saver" \
+    --output-dir "$lines/recording" "${options[@]}" "$network"
+  "$recorder" replay "$lines/recording" --backend "$computing" -l verbose \
+    >"$lines/replay.txt" 2>>"$log" || fail_computing "$name" replay
+  step "configuring the line $name" cmake -G Ninja -S replay \
+    -B "$lines/replay" -DRECORDING="$lines/recording" -DBACKEND="$computing" \
+    -DKIV_RECORDING="$recorder"
+  step "compiling the line $name" cmake --build "$lines/replay"
+  "$lines/replay/replay" -l verbose >"$lines/compiled.txt" 2>>"$log" ||
+    fail_computing "$name" compiled
+  step "extracting the input of $name" \
+    "$recorder" extract "$lines/recording" --execution 0 -o "$lines/input"
+  local expected
+  expected=$(rounded "$(probabilities "$lines/client.txt")")
+  for way in client compiled replay; do
+    values=$(rounded "$(probabilities "$lines/$way.txt")")
+    printf 'computed: %-12s %-8s %s\n' "$name" "$way" "$values"
+    [ "$values" = "$expected" ] || fail_computing "$name" "$way"
+  done
+  [ -d "$ort_package" ] || return 0
+  values=$(node examples/run_directly.js "$ort_package" "$network" \
+    "$(find "$lines/input" -name '*.npy')" 2>>"$log") ||
+    fail_computing "$name" direct
+  printf 'computed: %-12s %-8s %s\n' "$name" "direct" "$(rounded "$values")"
+  [ "$(rounded "$values")" = "$expected" ] || fail_computing "$name" direct
+}
+
+fail_computing() { # NAME WAY
+  echo "demo.sh: the line $1 fails or differs by the way $2;" \
+    "all output is in $work/$1 and $log" >&2
+  exit 1
+}
+
+compute() {
+  local cache=${XDG_CACHE_HOME:-$HOME/.cache}/kiv-saver
+  if [ -z "${KIV_ONNXRUNTIME:-}" ]; then
+    KIV_ONNXRUNTIME=$(find "$cache" -name 'libonnxruntime.so*' 2>/dev/null |
+      head -n 1)
+  fi
+  if [ -z "$KIV_ONNXRUNTIME" ]; then
+    echo "computed: nothing, ONNX Runtime is not here; tools/setup.sh says why"
+    return
+  fi
+  export KIV_ONNXRUNTIME
+  step "building the computing backend" cmake --build --preset release \
+    --parallel 2 --target KivOnnxRuntime
+  [ -d "$ort_package" ] ||
+    npm install --silent --no-audit --no-fund --prefix "$work/node" \
+      onnxruntime-node@1.16.3 >>"$log" 2>&1 ||
+    echo "computed: not by ONNX Runtime alone, npm cannot fetch its package"
+  compute_line upright
+  compute_line upside_down
 }
 
 # The rest of the file is read before it is run, so that it may change meanwhile.
@@ -100,6 +180,7 @@ main() {
   compare replayed.txt
   compare compiled.txt
   echo "compared: identical to the calls of the client itself"
+  [ "$example" = no ] || compute
   echo
   echo "go on:    build/release/bin/kiv-recording info build/demo/recording"
   echo "          build/release/bin/kiv-recording dump build/demo/recording"

@@ -1,11 +1,14 @@
 #include "execution.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include "failure.h"
+#include "log.h"
 #include "owned.h"
 
 namespace kiv::ort {
@@ -28,8 +31,10 @@ std::uint64_t microseconds(Clock::duration duration) {
 
 std::string textOf(std::span<const std::int64_t> dimensions) {
   std::string text = "[";
-  for (const std::int64_t size : dimensions)
-    text += (text.size() > 1 ? "," : "") + std::to_string(size);
+  for (const std::int64_t size : dimensions) {
+    if (text.size() > 1) text += ',';
+    text += std::to_string(size);
+  }
   return text + "]";
 }
 
@@ -148,6 +153,29 @@ void Execution::copyResult(const TensorFields& fields, OrtValue* value) const {
            std::to_string(room));
   }
   if (size > 0) std::memcpy(fields.buffer.data, result.data, size);
+  logResult(what, result, size);
+}
+
+// For replays of compiled recordings, which show no outputs themselves: the
+// shape, and of single floats the first values.
+void Execution::logResult(const std::string& what, const Result& result,
+                          std::uint64_t size) {
+  if (logLevel() < KIV_LOG_LEVEL_VERBOSE) return;
+  std::string text = what + " " + textOf(result.dimensions);
+  if (result.elements->dataType == KIV_DATA_TYPE_FLOAT_32) {
+    constexpr std::uint64_t kMostValues = 6;
+    const std::span values(static_cast<const float*>(result.data),
+                           std::min(size / sizeof(float), kMostValues));
+    text += ":";
+    for (const float value : values) {
+      std::array<char, 32> digits{};
+      std::snprintf(digits.data(), digits.size(), " %g",
+                    static_cast<double>(value));
+      text += digits.data();
+    }
+    if (size / sizeof(float) > kMostValues) text += " ...";
+  }
+  log(KIV_LOG_LEVEL_VERBOSE, text);
 }
 
 }  // namespace kiv::ort

@@ -71,6 +71,8 @@ class Execution {
   void checkInputs() const;
   void compute();
   Result readResult(OrtValue* value, const std::string& what) const;
+  static void logResult(const std::string& what, const Result& result,
+                        std::uint64_t size);
   void copyResult(const TensorFields& fields, OrtValue* value) const;
   void check(const char* what, OrtStatus* status) const;
 

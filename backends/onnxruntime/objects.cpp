@@ -20,7 +20,7 @@ Graph* findByName(const Graphs& graphs, const std::string& name) {
 std::string uniqueValue(Context& context, const Tensor& tensor) {
   std::string value = tensor.name;
   if (value.empty() || context.values.contains(value))
-    value += "#" + std::to_string(tensor.id);
+    value.append("#").append(std::to_string(tensor.id));
   while (!context.values.insert(value).second) value += "#";
   return value;
 }
