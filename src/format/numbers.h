@@ -7,13 +7,14 @@
 #include <limits>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 
 // Numbers in the text of the generated program, both ways: plain decimal, the
 // same in every locale. From any thread.
 //
 //   char text[kMostNumberCharacters];
-//   const std::string_view shown(text, formatNumber(text, 0.5F) - text);  //
-//   0.5 const std::optional<float> value = parseFloat(shown);
+//   const std::string_view shown(text, formatNumber(text, 0.5F) - text);
+//   const std::optional<float> value = parseFloat(shown);
 namespace kiv::format {
 
 // The longest text that formatNumber writes.
@@ -24,14 +25,15 @@ inline constexpr std::size_t kMostNumberCharacters = 24;
 char* formatUnsigned(char* text, std::uint64_t number);
 template <std::integral Number>
 char* formatNumber(char* text, Number number) {
-  const auto bits = static_cast<std::uint64_t>(number);
   if constexpr (std::signed_integral<Number>) {
     if (number < 0) {
       *text = '-';
+      const auto bits = static_cast<std::uint64_t>(std::int64_t{number});
       return formatUnsigned(text + 1, 0 - bits);
     }
   }
-  return formatUnsigned(text, bits);
+  return formatUnsigned(text,
+                        static_cast<std::make_unsigned_t<Number>>(number));
 }
 
 // A float is a C constant that reads back as the same value: nine significant
