@@ -18,7 +18,6 @@ namespace fs = std::filesystem;
 using recording::Call;
 using recording::CallDetails;
 using recording::Recording;
-using recording::Span;
 using recording::Statement;
 using recording::StatementKind;
 

@@ -98,6 +98,7 @@ int statusOf(pid_t application) {
 // 127 if it cannot be started, as a shell has it.
 int runApplication(const std::vector<std::string>& command) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& argument : command)
     arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
