@@ -25,9 +25,9 @@ using Text = std::array<char, 4600>;
 // One write, so that lines of several processes do not mix.
 void printLine(std::string_view text) {
   Text line{};
-  std::size_t length = static_cast<std::size_t>(
-      std::snprintf(line.data(), line.size(), "KivSaver[%lu]: ",
-                    static_cast<unsigned long>(platform::processId())));
+  std::size_t length = static_cast<std::size_t>(std::snprintf(
+      line.data(), line.size(),
+      "KivSaver[%lu]: ", static_cast<unsigned long>(platform::processId())));
   length += text.copy(&line[length], line.size() - length - 1);
   line[length] = '\n';
   std::fwrite(line.data(), 1, length + 1, stderr);
