@@ -15,7 +15,6 @@ namespace kiv::tool {
 namespace {
 
 namespace fs = std::filesystem;
-using recording::Call;
 using recording::CallDetails;
 using recording::Recording;
 using recording::Statement;
