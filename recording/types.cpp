@@ -83,11 +83,11 @@ struct Table {
 }  // namespace
 
 const TypeRow* findType(std::string_view name) {
-  static const Table table;
+  static const Table kTable;
   if (name.empty()) return nullptr;
   std::size_t bucket = bucketOf(name);
-  for (; table.slots[bucket] != nullptr; bucket = (bucket + 1) % kBuckets)
-    if (table.slots[bucket]->name == name) return table.slots[bucket];
+  for (; kTable.slots[bucket] != nullptr; bucket = (bucket + 1) % kBuckets)
+    if (kTable.slots[bucket]->name == name) return kTable.slots[bucket];
   return nullptr;
 }
 
