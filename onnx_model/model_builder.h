@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -15,12 +14,14 @@
 #include <vector>
 
 #include "KivInterface.h"
+#include "onnx_model/opsets.h"
+#include "onnx_model/tensors.h"
 
 // An ONNX model from the calls that describe a network of ONNX operators to the
 // Kiv API: the inverse of what examples/onnx_client does.
 //
 //   ModelBuilder builder;
-//   builder.setPlatformOption("onnx.opset:13");
+//   builder.opsets().readOption("onnx.opset:13");
 //   const GraphIndex graph = builder.addGraph("main");
 //   builder.addTensor(graph, tensor);        // with an id of its own
 //   builder.addNode(graph, opConfig);
@@ -33,45 +34,12 @@ namespace kiv::onnx_model {
 // The graph's number in its builder, from 0 in the order of creation.
 using GraphIndex = std::size_t;
 
-// Why a call cannot be part of a model, with the API's code for it.
-struct Fault {
-  Kiv_ErrorHandle_t status = KIV_CONTEXT_ERROR_GENERAL;
-  std::string message;
-};
-
-// Puts the data of a static tensor, or of a Constant, into the model's tensor,
-// whose name, type and shape are set. The data is valid during the call only.
-using DataSink =
-    std::function<void(std::span<const std::byte> data, onnx::TensorProto&)>;
-
-// The data itself, in the field raw_data.
-void storeInline(std::span<const std::byte> data, onnx::TensorProto& proto);
-
-// The element type of ONNX for one of the API; quantized numbers are integers
-// there. Nothing for 4-bit numbers and for types that tensors do not have.
-std::optional<onnx::TensorProto::DataType> onnxTypeOf(Kiv_DataType_t type);
-// bytes; 0 for an element type that the API does not have
-std::size_t sizeOfElement(std::int32_t onnxType);
-
-// A tensor with its data, as files of test data hold it.
-std::optional<Fault> tensorProtoOf(const Kiv_Tensor_t& tensor,
-                                   std::string_view name,
-                                   onnx::TensorProto& proto,
-                                   const DataSink& sink = storeInline);
-
 class ModelBuilder {
  public:
   explicit ModelBuilder(DataSink sink = storeInline) : sink_(std::move(sink)) {}
 
-  // Takes "onnx.opset:13" for the default domain and "onnx.opset.DOMAIN:1" for
-  // another one; false for an option that is none of them. Before the first
-  // node.
-  bool setPlatformOption(std::string_view option);
-  // The version of a domain; "" and "ai.onnx" are the default one.
-  void setOpset(const std::string& domain, std::int64_t version);
-  // What is taken for the default domain where nothing names its version; else
-  // the newest that the library of ONNX knows.
-  void setNewestOpset(std::int64_t version) { newestOpset_ = version; }
+  // The versions of operators, to be set before the first node.
+  Opsets& opsets() { return opsets_; }
 
   GraphIndex addGraph(std::string name);
   // A graph that a node of `parent` names in one of its parameters.
@@ -84,11 +52,8 @@ class ModelBuilder {
   std::optional<Fault> addTensor(GraphIndex graph, const Kiv_Tensor_t& tensor);
   std::optional<Fault> addContextTensor(const Kiv_Tensor_t& tensor);
 
-  // Its tensors are the graph's or the context's. The package is the operator's
-  // domain. The operator's schema tells how
-  // parameters become attributes: a static tensor with one dimension is a list
-  // or a tensor, a text is one or names a subgraph, and NAME_0, NAME_1, ... may
-  // be elements of the list NAME.
+  // The node's tensors are the graph's or the context's, its subgraphs the
+  // graph's. nodes.h says what parameters become.
   std::optional<Fault> addNode(GraphIndex graph, const Kiv_OpConfig_t& config);
 
   // The model of a graph with its subgraphs, copied out of the builder.
@@ -98,8 +63,15 @@ class ModelBuilder {
   // if it is taken. Empty for an unknown id. The documentation of inputs and
   // outputs is the tensor's own name.
   std::string_view nameOf(std::uint32_t id) const;
+  // The tensor of a value in the model; nothing for an unknown name.
+  std::optional<std::uint32_t> idOf(std::string_view name) const;
 
-  // What a person should know, a line each: domains whose version nobody gave.
+  // The types and shapes of the graph's tensors that are neither static nor
+  // inputs nor outputs, which the model leaves out: a shape without dimensions
+  // may be one that the client does not know.
+  std::vector<onnx::ValueInfoProto> intermediatesOf(GraphIndex graph) const;
+
+  // Warnings for a person, a line each: domains whose version nobody gave.
   const std::vector<std::string>& warnings() const { return warnings_; }
 
  private:
@@ -107,47 +79,51 @@ class ModelBuilder {
   struct Value {
     std::string name;
     Kiv_TensorType_t type = KIV_TENSOR_TYPE_NATIVE;
-    // Of inputs and outputs.
+    // The description of a tensor that is not static.
     onnx::ValueInfoProto info;
-    // Of static tensors.
+    // The static tensor.
     std::unique_ptr<onnx::TensorProto> initializer;
     // The graph that it was created in, or that was the last one then.
     std::optional<GraphIndex> graph;
     bool isOfContext = false;
-    // The graph whose node writes it.
-    std::optional<GraphIndex> producer;
-    // Graphs whose nodes read it, for tensors of the context.
+    // Graphs whose nodes write and read it; several share tensors of the
+    // context.
+    std::set<GraphIndex> writers;
     std::set<GraphIndex> readers;
   };
-  // Names a subgraph until the model is built.
   struct Graph {
     std::string name;
     std::optional<GraphIndex> parent;
+    // In order. Their attributes name subgraphs until the model is built.
     std::vector<onnx::NodeProto> nodes;
   };
 
+  using ValuesByHome = std::map<GraphIndex, std::vector<const Value*>>;
+
   std::optional<Fault> add(const Kiv_Tensor_t& tensor,
                            std::optional<GraphIndex> graph, bool isOfContext);
+  std::string uniqueName(const Kiv_TensorV1_t& tensor) const;
   std::int64_t versionOf(const std::string& domain);
-  std::optional<Fault> addValues(GraphIndex graph, const Kiv_Tensor_t* tensors,
-                                 std::uint32_t count, bool areOutputs,
-                                 onnx::NodeProto& node);
+  std::optional<Fault> findValues(GraphIndex graph,
+                                  std::span<const Kiv_Tensor_t> tensors,
+                                  std::vector<Value*>& values) const;
   GraphIndex rootOf(GraphIndex graph) const;
   std::optional<GraphIndex> homeOf(const Value& value, GraphIndex root) const;
   std::optional<GraphIndex> childOf(GraphIndex graph,
                                     std::string_view name) const;
-  void fillGraph(GraphIndex index,
-                 const std::map<GraphIndex, std::vector<const Value*>>& values,
-                 bool isMain, onnx::GraphProto& proto) const;
+  void fillGraph(GraphIndex index, const ValuesByHome& values,
+                 onnx::GraphProto& proto) const;
+  void fillSubgraphs(GraphIndex index, const ValuesByHome& values,
+                     onnx::NodeProto& node) const;
+  void shapeLoopInputs(onnx::GraphProto& body) const;
 
   DataSink sink_;
   std::vector<Graph> graphs_;
   // In the order of creation, and by id.
   std::vector<std::unique_ptr<Value>> values_;
   std::map<std::uint32_t, Value*> valuesById_;
-  std::set<std::string, std::less<>> names_;
-  std::map<std::string, std::int64_t> opsets_;
-  std::int64_t newestOpset_ = 0;
+  std::map<std::string, std::uint32_t, std::less<>> idsByName_;
+  Opsets opsets_;
   std::vector<std::string> warnings_;
 };
 

@@ -2,22 +2,30 @@
 
 #include "entries.h"
 #include "entry.h"
-#include "nodes.h"
 #include "objects.h"
+#include "operators.h"
 
 namespace kiv::ort {
 namespace {
 
 constexpr auto kInvalidHandle = KIV_BACKEND_ERROR_INVALID_HANDLE;
 
+void readOption(const char* option, onnx_model::Opsets& opsets) {
+  if (opsets.readOption(option) != onnx_model::Opsets::Option::kMalformed)
+    return;
+  refuse(KIV_BACKEND_ERROR_INVALID_ARGUMENT,
+         "the platform option \"" + std::string(option) +
+             "\" names no operator set, it is onnx.opset[.DOMAIN]:NUMBER");
+}
+
 // The options that a list adds to a backend's; error reporting and platform
 // options of other libraries are taken and have no effect.
-void readConfigs(const KivBackend_Config_t** list, OpSets& opSets) {
+void readConfigs(const KivBackend_Config_t** list, onnx_model::Opsets& opsets) {
   forEachConfig(list, [&](const KivBackend_Config_t& config) {
     switch (config.option) {
       case KIV_BACKEND_CONFIG_OPTION_PLATFORM:
         if (config.platformOption != nullptr)
-          opSets.readOption(config.platformOption);
+          readOption(config.platformOption, opsets);
         return;
       case KIV_BACKEND_CONFIG_OPTION_CUSTOM:
       case KIV_BACKEND_CONFIG_OPTION_ERROR_REPORTING:
@@ -37,8 +45,9 @@ Kiv_ErrorHandle_t backendCreate(Kiv_LogHandle_t,
     if (handle == nullptr)
       refuse(KIV_BACKEND_ERROR_INVALID_ARGUMENT, "the out-pointer is null");
     auto backend = std::make_shared<Backend>();
-    readConfigs(config, backend->opSets);
+    readConfigs(config, backend->opsets);
     backend->library = OrtLibrary::get();
+    backend->opsets.setNewest(backend->library->newestOpset());
     *handle = Handles<Backend>::instance().add(std::move(backend));
   });
 }
@@ -48,7 +57,7 @@ Kiv_ErrorHandle_t backendSetConfig(
   return enter("backendSetConfig", KIV_BACKEND_ERROR_GENERAL, [&] {
     const auto backend = require<Backend>(handle, kInvalidHandle);
     const std::scoped_lock lock(backend->mutex);
-    readConfigs(config, backend->opSets);
+    readConfigs(config, backend->opsets);
   });
 }
 
@@ -92,7 +101,7 @@ Kiv_ErrorHandle_t backendValidateOpConfig(Kiv_BackendHandle_t handle,
   return enter("backendValidateOpConfig", KIV_BACKEND_ERROR_GENERAL, [&] {
     const auto backend = require<Backend>(handle, kInvalidHandle);
     const std::scoped_lock lock(backend->mutex);
-    validateOperation(backend->opSets, backend->library->newestOpset(), config);
+    validateOperation(backend->opsets, config);
   });
 }
 

@@ -121,7 +121,7 @@ std::vector<Model> Reader::read() {
   std::vector<Model> models;
   for (std::uint64_t i = 0; i < count; ++i) models.push_back(model());
   const auto file = std::make_shared<DataFile>();
-  file->append(binary_);
+  file->append(std::as_bytes(binary_));
   for (Model& model : models) model.dataFile = file;
   return models;
 }
@@ -156,8 +156,8 @@ Model Reader::model() {
 
 void Reader::check(const onnx::TensorProto& tensor, bool isInitializer) const {
   if (!isExternal(tensor)) return;
-  const ElementType* type = findOnnxType(tensor.data_type());
-  if (!isInitializer || !isInDataFile(tensor) || type == nullptr)
+  if (!isInitializer || !isInDataFile(tensor) ||
+      onnx_model::sizeOfElement(tensor.data_type()) == 0)
     refuse("names data that lies elsewhere");
   const std::vector<std::int64_t> dimensions(tensor.dims().begin(),
                                              tensor.dims().end());
@@ -165,7 +165,7 @@ void Reader::check(const onnx::TensorProto& tensor, bool isInitializer) const {
                   [](std::int64_t size) { return size < 0; }))
     refuse("has a tensor of a negative size");
   const DataPlace place = placeOf(tensor);
-  if (byteSize(*type, dimensions, "a tensor") != place.size ||
+  if (onnx_model::sizeOfData(tensor.data_type(), dimensions) != place.size ||
       place.offset > binary_.size() ||
       place.size > binary_.size() - place.offset)
     refuse("has a tensor whose data is not there");

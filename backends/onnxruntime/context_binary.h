@@ -15,9 +15,11 @@
 #include <span>
 #include <vector>
 
-#include "model_builder.h"
+#include "model.h"
 
 namespace kiv::ort {
+
+using Bytes = std::vector<std::uint8_t>;
 
 // A Failure for a model of more than 2 GiB.
 Bytes writeBinary(std::span<const Model* const> models);

@@ -67,11 +67,12 @@ std::shared_ptr<Context> makeContext(Kiv_BackendHandle_t backendHandle,
   auto context = std::make_shared<Context>();
   if (backend == nullptr) {
     context->library = OrtLibrary::get();
+    context->builder.opsets().setNewest(context->library->newestOpset());
     return context;
   }
   const std::scoped_lock lock(backend->mutex);
   context->library = backend->library;
-  context->opSets = backend->opSets;
+  context->builder.opsets() = backend->opsets;
   return context;
 }
 

@@ -31,7 +31,7 @@ DataFile::DataFile() : file_(memfd_create("kiv_static_data", MFD_CLOEXEC)) {
 
 DataFile::~DataFile() { close(file_); }
 
-DataPlace DataFile::append(std::span<const std::uint8_t> bytes) {
+DataPlace DataFile::append(std::span<const std::byte> bytes) {
   const std::uint64_t start =
       (size_ + kAlignment - 1) / kAlignment * kAlignment;
   std::uint64_t written = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Data of static tensors in a file, which ONNX Runtime maps into memory instead
-// of copying it, and which may be larger than a model's 2 GiB:
+// A file with the data of static tensors. ONNX Runtime maps it into memory
+// instead of copying it, and it may be larger than a model's 2 GiB:
 //
 //   DataFile file;
 //   const DataPlace place = file.append(bytes);
@@ -10,6 +10,7 @@
 // The file is memory without a name, which nothing is left of when the process
 // ends. One thread at a time may append, any may read.
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -29,7 +30,7 @@ class DataFile {
   DataFile& operator=(const DataFile&) = delete;
 
   // A Failure if there is no room.
-  DataPlace append(std::span<const std::uint8_t> bytes);
+  DataPlace append(std::span<const std::byte> bytes);
   void read(const DataPlace& place, void* buffer) const;
 
   // Where ONNX Runtime finds the file: a link to it, or a copy, beside the

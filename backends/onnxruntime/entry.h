@@ -1,6 +1,6 @@
 #pragma once
 
-// What every function of the library's table does around its work:
+// The frame around the work of every function of the library's table:
 //
 //   return enter("graphFinalize", KIV_CONTEXT_ERROR_GENERAL, [&] {
 //     finalize(*require<Graph>(handle, KIV_GRAPH_ERROR_INVALID_HANDLE), ...);

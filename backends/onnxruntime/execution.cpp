@@ -47,31 +47,29 @@ Execution::Execution(std::shared_ptr<const Session> session,
       functions_(session_->library().functions()),
       inputs_(functions_),
       outputs_(functions_) {
-  for (std::size_t i = 0; i < inputs.size(); ++i)
-    addInput(readFields(inputs[i], "input " + std::to_string(i)));
+  for (const Kiv_Tensor_t& input : inputs) addInput(input);
   checkInputs();
-  for (std::size_t i = 0; i < outputs.size(); ++i)
-    addOutput(readFields(outputs[i], "output " + std::to_string(i)));
+  for (const Kiv_Tensor_t& output : outputs) addOutput(readFields(output));
 }
 
 void Execution::check(const char* what, OrtStatus* status) const {
   session_->library().check(what, status);
 }
 
-void Execution::addInput(const TensorFields& fields) {
+void Execution::addInput(const Kiv_Tensor_t& record) {
   static std::uint8_t noData = 0;
+  const TensorFields fields = readFields(record);
   const Port* port = findPort(session_->inputs(), fields);
   if (port == nullptr)
-    refuseList(describe(fields) + " is no input of the graph");
-  const ElementType& elements = elementType(fields.dataType, describe(fields));
-  checkBuffer(fields, elements);
+    refuseList(fields.description + " is no input of the graph");
+  throwIf(onnx_model::checkData(record));
   const bool isEmpty = fields.buffer.data == nullptr;
   check(
       "CreateTensor",
       functions_.createTensorWithData(
           session_->library().memory(), isEmpty ? &noData : fields.buffer.data,
           isEmpty ? 0 : fields.buffer.dataSize, fields.dimensions.data(),
-          fields.dimensions.size(), elements.onnxType, inputs_.add()));
+          fields.dimensions.size(), fields.onnxType, inputs_.add()));
   inputNames_.push_back(port->value.c_str());
 }
 
@@ -86,7 +84,7 @@ void Execution::checkInputs() const {
 void Execution::addOutput(const TensorFields& fields) {
   const Port* port = findPort(session_->outputs(), fields);
   if (port == nullptr)
-    refuseList(describe(fields) + " is no output of the graph");
+    refuseList(fields.description + " is no output of the graph");
   outputNames_.push_back(port->value.c_str());
   outputFields_.push_back(fields);
   outputs_.add();
@@ -118,15 +116,12 @@ Execution::Result Execution::readResult(OrtValue* value,
   Owned<OrtTensorInfo> info(functions_.releaseTensorInfo);
   check("GetTensorTypeAndShape",
         functions_.getTensorInfo(value, info.receive()));
-  int onnxType = 0;
+  Result result{};
   std::size_t rank = 0;
   check("GetTensorElementType",
-        functions_.getElementType(info.get(), &onnxType));
+        functions_.getElementType(info.get(), &result.onnxType));
   check("GetDimensionsCount", functions_.getRank(info.get(), &rank));
-  Result result{findOnnxType(onnxType), std::vector<std::int64_t>(rank),
-                nullptr};
-  if (result.elements == nullptr)
-    refuse(what + " has elements of ONNX's type " + std::to_string(onnxType));
+  result.dimensions.resize(rank);
   check("GetDimensions",
         functions_.getDimensions(info.get(), result.dimensions.data(), rank));
   void* data = nullptr;
@@ -136,15 +131,15 @@ Execution::Result Execution::readResult(OrtValue* value,
 }
 
 void Execution::copyResult(const TensorFields& fields, OrtValue* value) const {
-  const std::string what = describe(fields);
+  const std::string& what = fields.description;
   const Result result = readResult(value, what);
-  if (result.elements != &elementType(fields.dataType, what)) {
+  if (result.onnxType != fields.onnxType) {
     refuse(what + " is computed with elements of ONNX's type " +
-           std::to_string(result.elements->onnxType) +
-           ", its record names another one");
+           std::to_string(result.onnxType) + ", its record names another one");
   }
+  // The result is in memory, so its size is known.
   const std::uint64_t size =
-      byteSize(*result.elements, result.dimensions, what);
+      *onnx_model::sizeOfData(result.onnxType, result.dimensions);
   const std::uint64_t room =
       fields.buffer.data == nullptr ? 0 : fields.buffer.dataSize;
   if (size != room) {
@@ -162,7 +157,7 @@ void Execution::logResult(const std::string& what, const Result& result,
                           std::uint64_t size) {
   if (logLevel() < KIV_LOG_LEVEL_VERBOSE) return;
   std::string text = what + " " + textOf(result.dimensions);
-  if (result.elements->dataType == KIV_DATA_TYPE_FLOAT_32) {
+  if (result.onnxType == onnx::TensorProto::FLOAT) {
     constexpr std::uint64_t kMostValues = 6;
     const std::span values(static_cast<const float*>(result.data),
                            std::min(size / sizeof(float), kMostValues));

@@ -15,10 +15,11 @@
 #include <vector>
 
 #include "session.h"
+#include "tensors.h"
 
 namespace kiv::ort {
 
-// What an execution took, in microseconds.
+// The durations of an execution, in microseconds.
 struct RunTimes {
   std::uint64_t total = 0;
   std::uint64_t computing = 0;
@@ -61,12 +62,12 @@ class Execution {
 
  private:
   struct Result {
-    const ElementType* elements;
+    int onnxType;
     std::vector<std::int64_t> dimensions;
     const void* data;
   };
 
-  void addInput(const TensorFields& fields);
+  void addInput(const Kiv_Tensor_t& record);
   void addOutput(const TensorFields& fields);
   void checkInputs() const;
   void compute();

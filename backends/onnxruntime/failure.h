@@ -7,10 +7,12 @@
 //
 // libonnx and protobuf throw as well, so each entry catches in any case.
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "KivCommon.h"
+#include "onnx_model/tensors.h"
 
 namespace kiv::ort {
 
@@ -24,5 +26,9 @@ class Failure : public std::runtime_error {
  private:
   Kiv_Status_t code_;
 };
+
+inline void throwIf(const std::optional<onnx_model::Fault>& fault) {
+  if (fault) throw Failure(fault->status, fault->message);
+}
 
 }  // namespace kiv::ort

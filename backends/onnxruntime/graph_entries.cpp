@@ -5,7 +5,6 @@
 #include "entry.h"
 #include "execution.h"
 #include "log.h"
-#include "nodes.h"
 #include "objects.h"
 #include "old_op_sets.h"
 #include "profile.h"
@@ -107,7 +106,7 @@ Kiv_ErrorHandle_t graphAddNode(Kiv_GraphHandle_t handle,
     const auto graph = require<Graph>(handle, kInvalidHandle);
     const std::scoped_lock lock(graph->context->mutex);
     checkOpen(*graph);
-    graph->nodes.push_back(makeNode(*graph, config));
+    addNode(*graph, config);
   });
 }
 

@@ -1,10 +1,10 @@
 #include "objects.h"
 
-#include <span>
-#include <utility>
-
+#include "external_data.h"
 #include "failure.h"
+#include "log.h"
 #include "session.h"
+#include "tensors.h"
 
 namespace kiv::ort {
 namespace {
@@ -16,40 +16,28 @@ Graph* findByName(const Graphs& graphs, const std::string& name) {
   return nullptr;
 }
 
-// Names that graphs share, and no name, get the tensor's number.
-std::string uniqueValue(Context& context, const Tensor& tensor) {
-  std::string value = tensor.name;
-  if (value.empty() || context.values.contains(value))
-    value.append("#").append(std::to_string(tensor.id));
-  while (!context.values.insert(value).second) value += "#";
-  return value;
-}
-
-// Small data stays at hand: shapes are inferred from it, for which it must be
-// in the model.
-void keepData(Context& context, const Kiv_ClientBuffer_t& buffer,
-              Tensor& tensor) {
-  constexpr std::size_t kLargestAtHand = 1024;
-  if (buffer.data == nullptr) return;
-  const std::span bytes(static_cast<const std::uint8_t*>(buffer.data),
-                        buffer.dataSize);
-  if (bytes.size() <= kLargestAtHand) {
-    tensor.data.assign(bytes.begin(), bytes.end());
-    return;
-  }
+// Small data stays in the model, where shapes are inferred from it; so does
+// that of attributes, which have no name.
+void keepData(Context& context, std::span<const std::byte> data,
+              onnx::TensorProto& proto) {
+  constexpr std::size_t kLargestInModel = 1024;
+  if (data.size() <= kLargestInModel || proto.name().empty())
+    return onnx_model::storeInline(data, proto);
   if (context.dataFile == nullptr)
     context.dataFile = std::make_shared<DataFile>();
-  tensor.place = context.dataFile->append(bytes);
+  setPlace(proto, context.dataFile->append(data));
 }
 
 }  // namespace
 
+Context::Context()
+    : builder(
+          [this](std::span<const std::byte> data, onnx::TensorProto& proto) {
+            keepData(*this, data, proto);
+          }) {}
+
 Graph* findGraph(const Context& context, const std::string& name) {
   return findByName(context.graphs, name);
-}
-
-Graph* findSubgraph(const Graph& graph, const std::string& name) {
-  return findByName(graph.subgraphs, name);
 }
 
 Graph& addGraph(Context& context, Graph* parent, const std::string& name) {
@@ -63,26 +51,36 @@ Graph& addGraph(Context& context, Graph* parent, const std::string& name) {
   graph.context = &context;
   graph.parent = parent;
   graph.name = name;
-  context.latestGraph = &graph;
+  graph.index = parent == nullptr
+                    ? context.builder.addGraph(name)
+                    : context.builder.addSubgraph(parent->index, name);
   return graph;
 }
 
 std::uint32_t addTensor(Context& context, const Graph* owner,
-                        const TensorFields& fields) {
-  Tensor tensor = makeTensor(fields);
-  if (!tensor.name.empty() &&
-      !context.names.emplace(owner, tensor.name).second) {
+                        Kiv_Tensor_t record) {
+  checkRecord(record);
+  // The id lies at the same place in all versions.
+  record.v1.id = context.lastId + 1;
+  const char* const name = record.v1.name;
+  const std::pair key(owner, std::string(name == nullptr ? "" : name));
+  if (!key.second.empty() && context.names.contains(key)) {
     throw Failure(KIV_TENSOR_ERROR_ALREADY_EXISTS,
-                  "there is a tensor \"" + tensor.name + "\" already");
+                  "there is a " + onnx_model::describe(record) + " already");
   }
-  tensor.id = static_cast<std::uint32_t>(context.tensors.size()) + 1;
-  tensor.owner = owner;
-  tensor.home = owner != nullptr ? owner : context.latestGraph;
-  tensor.value = uniqueValue(context, tensor);
-  if (tensor.type == KIV_TENSOR_TYPE_STATIC)
-    keepData(context, fields.buffer, tensor);
-  context.tensors.push_back(std::move(tensor));
-  return context.tensors.back().id;
+  throwIf(owner == nullptr ? context.builder.addContextTensor(record)
+                           : context.builder.addTensor(owner->index, record));
+  context.names.insert(key);
+  return ++context.lastId;
+}
+
+void addNode(Graph& graph, const Kiv_OpConfig_t& config) {
+  Context& context = *graph.context;
+  throwIf(context.builder.addNode(graph.index, config));
+  const std::vector<std::string>& warnings = context.builder.warnings();
+  while (context.loggedWarnings < warnings.size())
+    log(KIV_LOG_LEVEL_WARN,
+        "graphAddNode: " + warnings[context.loggedWarnings++]);
 }
 
 Worker& workerOf(Context& context) {
@@ -90,11 +88,6 @@ Worker& workerOf(Context& context) {
   if (context.worker == nullptr)
     context.worker = std::make_unique<Worker>(context.queueDepth);
   return *context.worker;
-}
-
-const Tensor* findTensor(const Context& context, std::uint32_t id) {
-  if (id == 0 || id > context.tensors.size()) return nullptr;
-  return &context.tensors[id - 1];
 }
 
 }  // namespace kiv::ort

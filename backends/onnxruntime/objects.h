@@ -1,22 +1,18 @@
 #pragma once
 
-// What handles stand for. A context's mutex guards the context, its graphs and
+// The objects behind the handles. A context's mutex guards the context, its graphs and
 // tensors; a backend's its options. A session runs on any number of threads.
 
-#include <onnx/onnx_pb.h>
-
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
-#include "op_schemas.h"
+#include "data_file.h"
+#include "onnx_model/model_builder.h"
 #include "ort_library.h"
-#include "tensors.h"
 #include "worker.h"
 
 namespace kiv::ort {
@@ -27,7 +23,7 @@ struct Context;
 struct Backend {
   std::mutex mutex;
   std::shared_ptr<const OrtLibrary> library;
-  OpSets opSets;
+  onnx_model::Opsets opsets;
 };
 
 // The one device is the processor.
@@ -38,9 +34,7 @@ struct Graph {
   // Null for a graph that is executed itself.
   Graph* parent = nullptr;
   std::string name;
-  // Nodes in order. Their attributes name subgraphs, which are put in when the
-  // model is built.
-  std::vector<onnx::NodeProto> nodes;
+  onnx_model::GraphIndex index = 0;
   std::vector<std::unique_ptr<Graph>> subgraphs;
   // Null until the graph is finalized.
   std::shared_ptr<const Session> session;
@@ -51,17 +45,18 @@ struct Graph {
 };
 
 struct Context {
+  Context();
+
   std::mutex mutex;
   std::shared_ptr<const OrtLibrary> library;
-  OpSets opSets;
-  // All tensors in order of creation, which is the order of a subgraph's
-  // inputs and outputs.
-  std::deque<Tensor> tensors;
-  // Names that are taken: by owner, and in the model.
+  // All tensors and nodes; how many of its warnings were logged.
+  onnx_model::ModelBuilder builder;
+  std::size_t loggedWarnings = 0;
+  // The last tensor's id.
+  std::uint32_t lastId = 0;
+  // Names that are taken, by owner.
   std::set<std::pair<const Graph*, std::string>> names;
-  std::unordered_set<std::string> values;
   std::vector<std::unique_ptr<Graph>> graphs;
-  const Graph* latestGraph = nullptr;
   // The data of large static tensors; null until the first.
   std::shared_ptr<DataFile> dataFile;
   // Runs asynchronous executions; null until the first.
@@ -75,18 +70,18 @@ Graph& addGraph(Context& context, Graph* parent, const std::string& name);
 
 // Null if the context has no graph of that name.
 Graph* findGraph(const Context& context, const std::string& name);
-Graph* findSubgraph(const Graph& graph, const std::string& name);
 
 // Puts a tensor into a graph, or into the context if `owner` is null, with a
-// copy of its data if it is static; returns its id. A Failure for a name that
-// the owner has already.
+// copy of its data if it is static; returns its id. A Failure for a record that
+// cannot be part of a model, and for a name that the owner has already.
 std::uint32_t addTensor(Context& context, const Graph* owner,
-                        const TensorFields& fields);
+                        Kiv_Tensor_t record);
+
+// A Failure for an operation that cannot be part of a model. Logs which version
+// of its operators is taken if no option of the backend says it.
+void addNode(Graph& graph, const Kiv_OpConfig_t& config);
 
 // The context's worker, which is started with the first call.
 Worker& workerOf(Context& context);
-
-// Null for an id that the context did not give.
-const Tensor* findTensor(const Context& context, std::uint32_t id);
 
 }  // namespace kiv::ort

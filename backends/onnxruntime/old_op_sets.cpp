@@ -27,28 +27,21 @@ std::unordered_set<std::string> constants(const onnx::GraphProto& graph) {
 // libonnx rewrites broadcasts by the shapes of intermediate values.
 void addShapes(const Graph& graph, onnx::GraphProto& proto) {
   const std::unordered_set<std::string> known = constants(proto);
-  for (const Tensor& tensor : graph.context->tensors) {
-    if (tensor.owner != &graph || tensor.type != KIV_TENSOR_TYPE_NATIVE ||
-        (tensor.dimensions.empty() && !known.contains(tensor.value)))
-      continue;
-    onnx::ValueInfoProto& info = *proto.add_value_info();
-    info.set_name(tensor.value);
-    auto& type = *info.mutable_type()->mutable_tensor_type();
-    type.set_elem_type(tensor.elements->onnxType);
-    for (const std::int64_t size : tensor.dimensions)
-      type.mutable_shape()->add_dim()->set_dim_value(size);
-    type.mutable_shape();
+  for (const onnx::ValueInfoProto& info :
+       graph.context->builder.intermediatesOf(graph.index)) {
+    if (info.type().tensor_type().shape().dim_size() > 0 ||
+        known.contains(info.name()))
+      *proto.add_value_info() = info;
   }
 }
 
-const Tensor& tensorOf(const Graph& graph, const std::string& value) {
-  const std::deque<Tensor>& tensors = graph.context->tensors;
-  const auto found =
-      std::find_if(tensors.begin(), tensors.end(),
-                   [&](const Tensor& tensor) { return tensor.value == value; });
-  if (found == tensors.end())
-    throw Failure(KIV_CONTEXT_ERROR_GENERAL, "there is no tensor " + value);
-  return *found;
+// 0 for a value of unknown shape.
+int rankOf(const onnx::GraphProto& proto, const std::string& name) {
+  for (const Values* values : {&proto.input(), &proto.value_info()})
+    for (const onnx::ValueInfoProto& info : *values)
+      if (info.name() == name)
+        return info.type().tensor_type().shape().dim_size();
+  return 0;
 }
 
 onnx::TensorProto* findInitializer(onnx::GraphProto& proto,
@@ -60,18 +53,17 @@ onnx::TensorProto* findInitializer(onnx::GraphProto& proto,
 
 // The slopes of PRelu are one a channel in old operator sets, and broadcast
 // from the last dimension in later ones. libonnx does not care for that.
-void shapeSlopes(const Graph& graph, onnx::GraphProto& proto) {
+void shapeSlopes(onnx::GraphProto& proto) {
   for (const onnx::NodeProto& node : proto.node()) {
     if (node.op_type() != "PRelu" || node.input_size() != 2) continue;
-    const Tensor& slopes = tensorOf(graph, node.input(1));
-    if (slopes.dimensions == std::vector<std::int64_t>{1}) continue;
-    const std::size_t rank = tensorOf(graph, node.input(0)).dimensions.size();
-    onnx::TensorProto* initializer = findInitializer(proto, node.input(1));
-    if (initializer == nullptr || initializer->dims_size() != 1 || rank < 2) {
+    onnx::TensorProto* slopes = findInitializer(proto, node.input(1));
+    const int rank = rankOf(proto, node.input(0));
+    if (slopes == nullptr || slopes->dims_size() != 1 || rank < 2) {
       throw Failure(KIV_CONTEXT_ERROR_GENERAL,
                     "the slopes of " + node.name() + " have no fixed shape");
     }
-    for (std::size_t i = 2; i < rank; ++i) initializer->add_dims(1);
+    if (slopes->dims(0) == 1) continue;
+    for (int i = 2; i < rank; ++i) slopes->add_dims(1);
   }
 }
 
@@ -102,7 +94,7 @@ Model buildRewrittenModel(const Graph& graph) {
   if (model.dataFile != nullptr) takeIn(original, *model.dataFile);
   model.dataFile = nullptr;
   addShapes(graph, original);
-  shapeSlopes(graph, original);
+  shapeSlopes(original);
   onnx::ModelProto rewritten =
       onnx::version_conversion::ConvertVersion(model.proto, kOldestInUse);
   restoreNames(original.input(), *rewritten.mutable_graph()->mutable_input());

@@ -5,7 +5,7 @@
 //
 //   if (isOfOldOpSet(model)) model = buildRewrittenModel(graph);
 
-#include "model_builder.h"
+#include "model.h"
 
 namespace kiv::ort {
 

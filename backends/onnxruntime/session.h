@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "model_builder.h"
+#include "model.h"
 #include "node_times.h"
 #include "ort_library.h"
 #include "scratch_directory.h"
@@ -48,7 +48,7 @@ class Session {
   const std::vector<Port>& outputs() const { return outputs_; }
   const Model& model() const { return model_; }
 
-  // What each node has taken so far, in order of the first execution. Nothing
+  // The time of each node so far, in order of the first execution. Nothing
   // unless nodes are timed, and from the second call on: ONNX Runtime ends its
   // timing with the first.
   std::vector<NodeTime> takeNodeTimes() const;

@@ -12,8 +12,7 @@ void create(Context& context, const Graph* owner, Kiv_Tensor_t* record) {
   const std::scoped_lock lock(context.mutex);
   if (owner != nullptr && owner->main().session != nullptr)
     refuse(KIV_CONTEXT_ERROR_GENERAL, "the graph is finalized");
-  const std::uint32_t id =
-      addTensor(context, owner, readFields(*record, "the tensor"));
+  const std::uint32_t id = addTensor(context, owner, *record);
   (record->version == KIV_TENSOR_VERSION_2 ? record->v2.id : record->v1.id) =
       id;
 }

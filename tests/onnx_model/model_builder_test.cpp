@@ -67,7 +67,7 @@ class Model : public testing::Test {
   AttributeProto attribute(const char* type, const Kiv_Param_t& param) {
     ModelBuilder builder;
     std::swap(builder, builder_);
-    builder_.setOpset("", 13);
+    builder_.opsets().set("", 13);
     const GraphIndex graph = builder_.addGraph("g");
     const auto fault = add(graph, type, {}, {}, {param});
     const auto model = builder_.build(graph);
@@ -92,6 +92,8 @@ TEST_F(Model, SchemasTellTheKindsOfAttributes) {
   EXPECT_EQ(attribute("Constant", tensor).type(), AttributeProto::TENSOR);
   EXPECT_EQ(attribute("NoSuchOperator", tensor).type(), AttributeProto::INTS);
   Kiv_Param_t one = list("axis", KIV_DATA_TYPE_INT_64, 8);
+  std::uint32_t size = 1;
+  one.tensorParam.v1.dimensions = &size;
   EXPECT_EQ(attribute("Concat", one).i(), 7);
   EXPECT_EQ(attribute("LSTM", text("activations_0", "Tanh")).strings(0),
             "Tanh");
@@ -104,7 +106,7 @@ TEST_F(Model, SchemasTellTheKindsOfAttributes) {
 }
 
 TEST_F(Model, SubgraphsSeeTensorsOfTheContext) {
-  builder_.setPlatformOption("onnx.opset:13");
+  builder_.opsets().readOption("onnx.opset:13");
   const GraphIndex main = builder_.addGraph("main");
   const auto condition =
       make("condition", KIV_TENSOR_TYPE_INPUT, KIV_DATA_TYPE_BOOL_8);
@@ -135,11 +137,15 @@ TEST_F(Model, SubgraphsSeeTensorsOfTheContext) {
 }
 
 TEST_F(Model, OptionsNameTheVersionsOfOperators) {
-  EXPECT_TRUE(builder_.setPlatformOption("onnx.opset.ai.onnx.ml:2"));
-  for (const char* option : {"onnx.opset", "onnx.opset:", "onnx.opset:0",
-                             "onnx.opset:1x", "onnx.opsets:1", "other:1"})
-    EXPECT_FALSE(builder_.setPlatformOption(option)) << option;
-  builder_.setNewestOpset(15);
+  using Option = Opsets::Option;
+  Opsets& opsets = builder_.opsets();
+  EXPECT_EQ(opsets.readOption("onnx.opset.ai.onnx.ml:2"), Option::kTaken);
+  for (const char* option :
+       {"onnx.opset", "onnx.opset:", "onnx.opset:0", "onnx.opset:1x"})
+    EXPECT_EQ(opsets.readOption(option), Option::kMalformed) << option;
+  for (const char* option : {"onnx.opsets:1", "other:1"})
+    EXPECT_EQ(opsets.readOption(option), Option::kOther) << option;
+  opsets.setNewest(15);
   const GraphIndex graph = builder_.addGraph("g");
   EXPECT_FALSE(add(graph, "Identity", {}, {}));
   EXPECT_EQ(builder_.warnings().size(), 1U);
@@ -154,15 +160,15 @@ TEST_F(Model, WhatCannotBeInAModelIsRefused) {
   auto tensor = make("t", KIV_TENSOR_TYPE_STATIC);
   tensor.v1.clientBuf.dataSize = 7;
   EXPECT_EQ(builder_.addTensor(graph, tensor)->status,
-            Kiv_ErrorHandle_t{KIV_GRAPH_ERROR_INVALID_TENSOR});
+            KIV_GRAPH_ERROR_INVALID_TENSOR);
   tensor.v1.clientBuf.dataSize = 8;
   EXPECT_FALSE(builder_.addTensor(graph, tensor));
   EXPECT_EQ(builder_.addTensor(graph, tensor)->status,
-            Kiv_ErrorHandle_t{KIV_TENSOR_ERROR_ALREADY_EXISTS});
+            KIV_TENSOR_ERROR_ALREADY_EXISTS);
   const auto four =
       make("four", KIV_TENSOR_TYPE_INPUT, KIV_DATA_TYPE_SFIXED_POINT_4);
   EXPECT_EQ(builder_.addTensor(graph, four)->status,
-            Kiv_ErrorHandle_t{KIV_TENSOR_ERROR_UNSUPPORTED_DATA_TYPE});
+            KIV_TENSOR_ERROR_UNSUPPORTED_DATA_TYPE);
   EXPECT_NE(add(graph, "Identity", {make("x", KIV_TENSOR_TYPE_INPUT)}, {})
                 ->message.find("created neither"),
             std::string::npos);

@@ -342,9 +342,10 @@ TEST_F(Backend, TakesTheOperatorSetFromOptions) {
   Kiv_ContextHandle_t context = nullptr;
   ASSERT_EQ(api().contextCreate(nullptr, nullptr, nullptr, &context),
             KIV_SUCCESS);
-  expect(SmallNetwork(api(), context, "add", 4).finalize(), KIV_SUCCESS,
-         "2: graph \"add\": no platform option onnx.opset names an operator "
-         "set, so 19 is taken");
+  expect(
+      SmallNetwork(api(), context, "add", 4).finalize(), KIV_SUCCESS,
+      "2: graphAddNode: no platform option onnx.opset names an operator set, "
+      "so 19 is taken");
   EXPECT_EQ(api().contextFree(context, nullptr), KIV_SUCCESS);
   KivBackend_Config_t config{};
   config.option = KIV_BACKEND_CONFIG_OPTION_PLATFORM;

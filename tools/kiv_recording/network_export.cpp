@@ -122,7 +122,8 @@ void NetworkExport::addContext(std::uint64_t handle) {
       [this](std::span<const std::byte> data, onnx::TensorProto& proto) {
         store(data, proto);
       });
-  for (const std::string& option : options_) builder->setPlatformOption(option);
+  for (const std::string& option : options_)
+    builder->opsets().readOption(option);
 }
 
 // A call with one run has it where the call's data begins. A run of 16-bit

@@ -1,4 +1,4 @@
-#include "onnx_model/attributes.h"
+#include "onnx_model/nodes.h"
 
 #include <onnx/defs/schema.h>
 
@@ -7,27 +7,25 @@
 #include <string_view>
 #include <vector>
 
+#include "onnx_model/opsets.h"
+
 namespace kiv::onnx_model {
 namespace {
 
 using onnx::AttributeProto;
 using Kind = onnx::AttributeProto::AttributeType;
 
-Fault invalid(const Kiv_Param_t& param, std::string_view why) {
-  return {KIV_BACKEND_ERROR_INVALID_ARGUMENT,
-          std::string("parameter ") +
-              (param.name == nullptr ? "without a name" : param.name) + " " +
-              std::string(why)};
+Fault invalid(const std::string& why) {
+  return {KIV_BACKEND_ERROR_INVALID_ARGUMENT, why};
+}
+
+Fault invalid(const Kiv_Param_t& param, const std::string& why) {
+  return invalid("parameter " + std::string(param.name) + " " + why);
 }
 
 const Kiv_TensorV1_t* staticTensor(const Kiv_Param_t& param) {
   if (param.paramType != KIV_PARAM_TYPE_TENSOR) return nullptr;
   return &param.tensorParam.v1;
-}
-
-std::span<const std::byte> bytesOf(const Kiv_TensorV1_t& tensor) {
-  return {static_cast<const std::byte*>(tensor.clientBuf.data),
-          tensor.clientBuf.data == nullptr ? 0 : tensor.clientBuf.dataSize};
 }
 
 template <typename Type>
@@ -257,6 +255,30 @@ std::optional<Fault> checkSubgraph(const Kiv_Param_t& param,
                             ", which the graph does not have");
 }
 
+int elementsIn(const AttributeProto& list) {
+  return list.strings_size() + list.tensors_size() + list.graphs_size();
+}
+
+// The elements of a list are named NAME_0, NAME_1 and so on.
+bool isInOrder(const Kiv_Param_t& param, const AttributeProto& attribute) {
+  return attribute.name() == param.name ||
+         attribute.name() + "_" + std::to_string(elementsIn(attribute)) ==
+             param.name;
+}
+
+std::optional<Fault> checkParameter(const Kiv_Param_t& param) {
+  if (param.name == nullptr) return invalid("a parameter has no name");
+  if (param.paramType == KIV_PARAM_TYPE_SCALAR) return std::nullopt;
+  if (param.paramType != KIV_PARAM_TYPE_TENSOR)
+    return invalid(param, "is neither a scalar nor a tensor");
+  auto fault = checkRecord(param.tensorParam);
+  if (!fault) fault = checkData(param.tensorParam);
+  if (fault)
+    fault->message =
+        "parameter " + std::string(param.name) + ": " + fault->message;
+  return fault;
+}
+
 // A recording without the version of its operators may not fit the schema that
 // is taken; the value alone decides then.
 std::optional<Fault> addAttribute(const Kiv_Param_t& param,
@@ -265,6 +287,7 @@ std::optional<Fault> addAttribute(const Kiv_Param_t& param,
                                   const DataSink& sink, onnx::NodeProto& node) {
   AttributeProto& attribute =
       attributeNamed(node, attributeOf(schema, param, hasSubgraph));
+  if (!isInOrder(param, attribute)) return invalid(param, "is out of order");
   bool isDone = false;
   if (auto fault = setValue(param, sink, attribute, isDone)) return fault;
   if (!isDone && !isListByElements(attribute.type())) {
@@ -277,24 +300,42 @@ std::optional<Fault> addAttribute(const Kiv_Param_t& param,
   return checkSubgraph(param, attribute, hasSubgraph);
 }
 
+bool hasLists(const Kiv_OpConfigV1_t& config) {
+  return (config.params != nullptr || config.numParams == 0) &&
+         (config.inputTensors != nullptr || config.numInputs == 0) &&
+         (config.outputTensors != nullptr || config.numOutputs == 0);
+}
+
 }  // namespace
 
+std::optional<Fault> startNode(const Kiv_OpConfig_t& config,
+                               onnx::NodeProto& node) {
+  if (config.version != KIV_OP_CONFIG_VERSION_1)
+    return Fault{KIV_COMMON_ERROR_NOT_SUPPORTED,
+                 "the operation's record is of version " +
+                     std::to_string(config.version) + "; version 1 is taken"};
+  const Kiv_OpConfigV1_t& record = config.v1;
+  if (record.typeName == nullptr) return invalid("the operation has no type");
+  if (!hasLists(record))
+    return invalid("a list of the operation is null, its count is not");
+  if (record.name != nullptr) node.set_name(record.name);
+  node.set_op_type(record.typeName);
+  if (record.packageName != nullptr)
+    node.set_domain(domainOf(record.packageName));
+  return std::nullopt;
+}
+
 std::optional<Fault> addAttributes(const Kiv_OpConfigV1_t& config,
-                                   const std::string& domain,
                                    std::int64_t version,
                                    const HasSubgraph& hasSubgraph,
                                    const DataSink& sink,
                                    onnx::NodeProto& node) {
-  const bool isConstant =
-      domain.empty() && config.typeName == std::string_view("Constant");
+  const bool isConstant = node.domain().empty() && node.op_type() == "Constant";
   const onnx::OpSchema* const schema = onnx::OpSchemaRegistry::Schema(
-      config.typeName, static_cast<int>(version), domain);
+      node.op_type(), static_cast<int>(version), node.domain());
   for (std::uint32_t i = 0; i < config.numParams; ++i) {
     const Kiv_Param_t& param = config.params[i];
-    if (param.name == nullptr) return invalid(param, "has no name");
-    if (param.paramType != KIV_PARAM_TYPE_SCALAR &&
-        param.paramType != KIV_PARAM_TYPE_TENSOR)
-      return invalid(param, "is neither a scalar nor a tensor");
+    if (auto fault = checkParameter(param)) return fault;
     if (auto fault = addAttribute(param, schema, hasSubgraph,
                                   isConstant ? sink : storeInline, node))
       return fault;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Builds the ONNX model of a graph and the subgraphs of its nodes:
+// The ONNX model of a graph and the subgraphs of its nodes:
 //
 //   Model model = buildModel(graph);
 //

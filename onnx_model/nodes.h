@@ -2,17 +2,30 @@
 
 #include <onnx/onnx_pb.h>
 
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
-#include "onnx_model/model_builder.h"
+#include "onnx_model/tensors.h"
 
-// The attributes of a node, from the parameters of an operation. From any
-// thread.
+// Operations as nodes but for their inputs and outputs:
+//
+//   onnx::NodeProto node;
+//   auto fault = startNode(config, node);
+//   if (!fault) fault = addAttributes(config.v1, 13, hasSubgraph, sink, node);
+//
+// Any thread may call the functions.
 namespace kiv::onnx_model {
 
 // Whether the node's graph has a subgraph of that name.
 using HasSubgraph = std::function<bool(const std::string& name)>;
+
+// Sets the node's name, operator and domain, which is the package. Finds fault
+// with a record of an unknown version, without an operator, or with null lists
+// that have a count.
+std::optional<Fault> startNode(const Kiv_OpConfig_t& config,
+                               onnx::NodeProto& node);
 
 // Adds the attributes to the node. The operator's schema of that version says
 // of what kind each is:
@@ -31,7 +44,6 @@ using HasSubgraph = std::function<bool(const std::string& name)>;
 // Constant goes to the sink, since programs that run models take it for an
 // initialiser; other tensors are in the model.
 std::optional<Fault> addAttributes(const Kiv_OpConfigV1_t& config,
-                                   const std::string& domain,
                                    std::int64_t version,
                                    const HasSubgraph& hasSubgraph,
                                    const DataSink& sink, onnx::NodeProto& node);
