@@ -12,7 +12,7 @@
 // Tensors' data as arrays of numbers, free of the API's records.
 //
 //   std::string why;
-//   auto view = viewOf(tensor, why);       // of the tensor's client buffer
+//   auto view = viewOf(tensor, why);       // into the client's buffer
 //   if (view) std::cout << toString(view->element) << view->count();
 //
 // From any thread.

@@ -28,7 +28,7 @@ struct Specials {
 
 struct FirstOver {
   std::uint64_t index = 0;
-  // Of each dimension: "[0, 2, 1]".
+  // An index for each dimension: "[0, 2, 1]".
   std::string place;
   std::string actual;
   std::string expected;

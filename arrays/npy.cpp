@@ -17,7 +17,7 @@ constexpr std::string_view kMagic = "\x93NUMPY";
 // The data begins at a multiple of it.
 constexpr std::size_t kAlignment = 64;
 
-// What the header's dictionary says.
+// The entries of the header's dictionary.
 struct Description {
   std::string element;
   bool isFortran = false;

@@ -15,9 +15,9 @@
 //   if (!writeNpy("y.npy", view, why)) return why;
 //   std::optional<Array> array = readNpy("y.npy", why);
 //
-// Written are little-endian elements with the last dimension varying fastest.
-// What the format has no type for is written as bytes ("|V1" for 4-bit numbers,
-// one in each byte, "|V2" for bfloat16). From any thread.
+// Files are written with little-endian elements, the last dimension varying
+// fastest. Elements that the format has no type for are written as bytes ("|V1"
+// for 4-bit numbers, one in each byte, "|V2" for bfloat16). From any thread.
 namespace kiv::arrays {
 
 // Reads the versions 1.0, 2.0 and 3.0, either order of bytes and of dimensions.
@@ -27,7 +27,7 @@ std::optional<Array> readNpy(const std::filesystem::path& path,
 std::optional<Array> parseNpy(std::span<const std::byte> file,
                               std::string& why);
 
-// What stands before the data.
+// The bytes of a file before its data.
 std::string npyHeader(const Element& element, const Shape& shape);
 
 // A file that cannot be written whole does not stay.

@@ -29,7 +29,8 @@ namespace kiv::arrays {
 
 struct OutputName {
   std::string graph;
-  // Of that graph, from 0; nothing for data that is there before.
+  // The execution's number in its graph, from 0; nothing for data that exists
+  // before any execution.
   std::optional<std::uint64_t> execution = 0;
   std::string tensor;
 };

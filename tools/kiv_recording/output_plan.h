@@ -62,7 +62,7 @@ class OutputPlan {
   };
   struct Execution {
     std::string graph;
-    // Of that graph, from 0.
+    // The execution's number in its graph, from 0.
     std::uint64_t number = 0;
     // Indexes in added().
     std::vector<std::size_t> added;
