@@ -54,7 +54,8 @@ void addImageOptions(CLI::App& app, ImageOptions& options) {
                                                  {"nhwc", Layout::kNhwc}};
   app.add_option("--layout", options.layout,
                  "Order of the input's sizes: nchw or nhwc")
-      ->transform(CLI::CheckedTransformer(layouts))
+      ->transform(CLI::CheckedTransformer(layouts).description(""))
+      ->type_name("LAYOUT")
       ->group(group);
 }
 
@@ -85,9 +86,11 @@ void addApiOptions(CLI::App& app, Options& options) {
       ->check(CLI::Range(0, std::numeric_limits<std::int32_t>::max() - 1));
   app.add_flag("--device", options.device, "Open a device for the context");
   app.add_option("--save-binary", options.saveBinary,
-                 "Save the finalized context to this file");
+                 "Save the finalized context to this file")
+      ->type_name("FILE");
   app.add_option("--from-binary", options.fromBinary,
-                 "Load the context from this file instead of building it");
+                 "Load the context from this file instead of building it")
+      ->type_name("FILE");
 }
 
 void addRecordingOptions(CLI::App& app, RecordingOptions& options) {

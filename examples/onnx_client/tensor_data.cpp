@@ -84,7 +84,8 @@ std::vector<std::uint8_t> tensorBytes(const onnx::TensorProto& proto,
 Kiv_DataType_t dataTypeOf(std::int32_t onnxType, const std::string& what) {
   for (const ElementType& row : kElementTypes)
     if (row.onnxType == onnxType) return row.dataType;
-  throw NotAccepted(what + " has elements of type " + typeName(onnxType));
+  throw NotAccepted(what + " has elements of type " + typeName(onnxType) +
+                    ", which no tensor of the Kiv API can have");
 }
 
 std::size_t elementSize(Kiv_DataType_t dataType) {

@@ -63,7 +63,8 @@ TEST(TensorData, RefusesWhatDoesNotFit) {
       {"data_type: 1 dims: 4294967295 dims: 4294967295 dims: 4294967295",
        large},
       {"data_type: 8 dims: 0",
-       "not accepted: tensor w has elements of type STRING"},
+       "not accepted: tensor w has elements of type STRING, which no tensor of "
+       "the Kiv API can have"},
       {"data_type: 1 dims: 1 data_location: EXTERNAL",
        "not accepted: tensor w keeps its data in another file"},
       {"data_type: 2 dims: 4294967295 dims: 4294967295 dims: 0", ""}};

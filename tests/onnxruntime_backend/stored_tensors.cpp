@@ -47,7 +47,7 @@ Numbers listed(const List& list) {
   return {list.begin(), list.end()};
 }
 
-// Of data that is in the field for its type.
+// The elements of data that is in the field for its type.
 Numbers listedNumbers(const TensorProto& tensor) {
   switch (tensor.data_type()) {
     case TensorProto::FLOAT:
