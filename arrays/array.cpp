@@ -41,13 +41,6 @@ constexpr std::array<Row, 20> kRows = {{
     {KIV_DATA_TYPE_BOOL_8, {'b', 1}},
 }};
 
-template <typename Type>
-Type load(const ArrayView& array, std::uint64_t index) {
-  Type value{};
-  std::memcpy(&value, array.data.data() + index * sizeof(Type), sizeof(Type));
-  return value;
-}
-
 double halfValue(std::uint16_t bits) {
   const int exponent = (bits >> 10) & 0x1f;
   const int fraction = bits & 0x3ff;
@@ -69,24 +62,24 @@ double bfloatValue(std::uint16_t bits) {
 
 double floatAt(const ArrayView& array, std::uint64_t index) {
   if (array.element.size == 2)
-    return halfValue(load<std::uint16_t>(array, index));
+    return halfValue(elementAt<std::uint16_t>(array, index));
   if (array.element.size == 4)
-    return static_cast<double>(load<float>(array, index));
-  return load<double>(array, index);
+    return static_cast<double>(elementAt<float>(array, index));
+  return elementAt<double>(array, index);
 }
 
 std::int64_t signedAt(const ArrayView& array, std::uint64_t index) {
-  if (array.element.size == 1) return load<std::int8_t>(array, index);
-  if (array.element.size == 2) return load<std::int16_t>(array, index);
-  if (array.element.size == 4) return load<std::int32_t>(array, index);
-  return load<std::int64_t>(array, index);
+  if (array.element.size == 1) return elementAt<std::int8_t>(array, index);
+  if (array.element.size == 2) return elementAt<std::int16_t>(array, index);
+  if (array.element.size == 4) return elementAt<std::int32_t>(array, index);
+  return elementAt<std::int64_t>(array, index);
 }
 
 std::uint64_t unsignedAt(const ArrayView& array, std::uint64_t index) {
-  if (array.element.size == 1) return load<std::uint8_t>(array, index);
-  if (array.element.size == 2) return load<std::uint16_t>(array, index);
-  if (array.element.size == 4) return load<std::uint32_t>(array, index);
-  return load<std::uint64_t>(array, index);
+  if (array.element.size == 1) return elementAt<std::uint8_t>(array, index);
+  if (array.element.size == 2) return elementAt<std::uint16_t>(array, index);
+  if (array.element.size == 4) return elementAt<std::uint32_t>(array, index);
+  return elementAt<std::uint64_t>(array, index);
 }
 
 bool isBfloat(const Element& element) { return element == Element{'V', 2}; }
@@ -151,7 +144,7 @@ double valueAt(const ArrayView& array, std::uint64_t index) {
       return static_cast<double>(signedAt(array, index));
     default:
       if (isBfloat(array.element))
-        return bfloatValue(load<std::uint16_t>(array, index));
+        return bfloatValue(elementAt<std::uint16_t>(array, index));
       return static_cast<double>(unsignedAt(array, index));
   }
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <span>
 #include <string>
@@ -65,6 +66,14 @@ struct Array {
 
   ArrayView view() const { return {element, shape, data}; }
 };
+
+// The element's bytes as a value of the type, which has the element's size.
+template <typename Type>
+Type elementAt(const ArrayView& array, std::uint64_t index) {
+  Type value{};
+  std::memcpy(&value, array.data.data() + index * sizeof(Type), sizeof(Type));
+  return value;
+}
 
 // A number as the nearest double.
 double valueAt(const ArrayView& array, std::uint64_t index);

@@ -25,13 +25,6 @@ std::string placeOf(std::uint64_t index, const Shape& shape) {
   return "[" + place + "]";
 }
 
-template <typename Type>
-Type load(const ArrayView& array, std::uint64_t index) {
-  Type value{};
-  std::memcpy(&value, array.data.data() + index * sizeof(Type), sizeof(Type));
-  return value;
-}
-
 // Integers beyond 2^53 that differ may be the same double.
 double differenceAt(const ArrayView& a, const ArrayView& b, std::uint64_t index,
                     double first, double second) {
@@ -39,8 +32,8 @@ double differenceAt(const ArrayView& a, const ArrayView& b, std::uint64_t index,
   const bool isWide =
       a.element == b.element && a.element.size == 8 && a.element.kind != 'f';
   if (!isWide || difference != 0) return difference;
-  const auto x = load<std::uint64_t>(a, index);
-  const auto y = load<std::uint64_t>(b, index);
+  const auto x = elementAt<std::uint64_t>(a, index);
+  const auto y = elementAt<std::uint64_t>(b, index);
   return static_cast<double>(x - y < y - x ? x - y : y - x);
 }
 

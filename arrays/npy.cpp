@@ -8,6 +8,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "arrays/system_message.h"
+
 namespace kiv::arrays {
 namespace {
 
@@ -165,10 +167,6 @@ std::uint32_t littleEndian(std::span<const std::byte> bytes) {
   for (std::size_t i = bytes.size(); i-- > 0;)
     number = number << 8 | std::to_integer<std::uint32_t>(bytes[i]);
   return number;
-}
-
-std::string systemMessage() {
-  return std::generic_category().message(errno == 0 ? EIO : errno);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "arrays/npy.h"
+#include "arrays/system_message.h"
 
 namespace kiv::arrays {
 namespace {
@@ -80,10 +81,6 @@ std::string uniquePath(const OutputName& name, std::set<std::string>& paths) {
   for (int i = 2; !paths.insert(lowered(unique)).second; ++i)
     unique = path + "~" + std::to_string(i);
   return unique + ".npy";
-}
-
-std::string systemMessage() {
-  return std::generic_category().message(errno == 0 ? EIO : errno);
 }
 
 std::string textOf(const fs::path& path) {

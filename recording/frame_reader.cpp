@@ -3,13 +3,12 @@
 #include <algorithm>
 
 #include "format/identifiers.h"
+#include "recording/blanks.h"
 
 namespace kiv::recording {
 namespace {
 
 constexpr auto kNone = std::string_view::npos;
-
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 std::uint32_t countLines(std::string_view text) {
   return static_cast<std::uint32_t>(std::ranges::count(text, '\n'));

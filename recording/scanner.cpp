@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "format/identifiers.h"
+#include "recording/blanks.h"
 #include "recording/frame_reader.h"
 #include "recording/texts.h"
 
@@ -21,15 +22,10 @@ constexpr std::size_t kMostCandidates = 64;
 // Other ends of one text that are tried, and texts of one call.
 constexpr int kMostOtherEnds = 8;
 constexpr int kMostDepth = 32;
-constexpr std::uint64_t kMostFailures = 5000;
+constexpr std::uint64_t kMostFailedTrials = 5000;
 constexpr std::uint64_t kMostTrials = 1000;
 // Text is given back to the system in pieces of this size.
 constexpr std::uint64_t kReleased = std::uint64_t{1} << 25;
-
-bool isBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' ||
-         c == '\v';
-}
 
 // What does not fit is more than any file has.
 std::uint64_t product(std::uint64_t a, std::uint64_t b) {
@@ -405,7 +401,7 @@ void Scanner::goBackTo(const Candidate& candidate) {
 }
 
 bool Scanner::resolve(const CallScan& scan, Start& start) {
-  if (failures_ >= kMostFailures) return false;
+  if (failures_ >= kMostFailedTrials) return false;
   const CallScan::SignAt sign = firstSign(scan);
   std::vector<Candidate> candidates;
   addCandidates(scan, start, recording_.calls_.size(), 0, candidates);

@@ -8,6 +8,7 @@
 #include "format/identifiers.h"
 #include "format/literals.h"
 #include "format/numbers.h"
+#include "recording/blanks.h"
 
 namespace kiv::recording {
 namespace {
@@ -25,10 +26,6 @@ constexpr std::array<bool, 256> kIdentifier = [] {
 }();
 
 bool isIdentifier(char c) { return kIdentifier[static_cast<unsigned char>(c)]; }
-bool isBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' ||
-         c == '\v';
-}
 
 const char* findQuote(const char* from, const char* end) {
   return static_cast<const char*>(

@@ -67,8 +67,8 @@ constexpr std::size_t bucketOf(std::string_view name) {
 
 // Rows whose names fall into one bucket follow each other, as in any open
 // table.
-struct Table {
-  Table() {
+struct TypeTable {
+  TypeTable() {
     for (const TypeRow& row : rows) {
       std::size_t bucket = bucketOf(row.name);
       while (slots[bucket] != nullptr) bucket = (bucket + 1) % kBuckets;
@@ -83,7 +83,7 @@ struct Table {
 }  // namespace
 
 const TypeRow* findType(std::string_view name) {
-  static const Table kTable;
+  static const TypeTable kTable;
   if (name.empty()) return nullptr;
   std::size_t bucket = bucketOf(name);
   for (; kTable.slots[bucket] != nullptr; bucket = (bucket + 1) % kBuckets)

@@ -10,14 +10,14 @@ using recorders::ContextBinary;
 using session::SaverContext;
 using session::Session;
 
-constexpr CreationFailures kCreationFailures = {kContextOutIsNull,
-                                                kContextNotCreated};
+constexpr CreationFailures kContextCreationFailures = {kContextOutIsNull,
+                                                       kContextNotCreated};
 
 template <typename Record>
 Status createContext(Session& session, Kiv_ContextHandle_t* out,
                      Record&& record) {
   return create(session, session.contexts(), &Session::newContext, out,
-                kCreationFailures, record);
+                kContextCreationFailures, record);
 }
 
 Found<SaverContext> findContext(Session& session, Kiv_ContextHandle_t handle) {

@@ -9,8 +9,8 @@ namespace {
 using session::SaverDevice;
 using session::Session;
 
-constexpr CreationFailures kCreationFailures = {kDeviceOutIsNull,
-                                                kDeviceNotCreated};
+constexpr CreationFailures kDeviceCreationFailures = {kDeviceOutIsNull,
+                                                      kDeviceNotCreated};
 
 Found<SaverDevice> findDevice(Session& session, Kiv_DeviceHandle_t handle) {
   return lookUp(session.devices(), handle, kDeviceIsNull, kDeviceIsUnknown);
@@ -35,7 +35,7 @@ Code deviceCreate(Kiv_LogHandle_t, const KivDevice_Config_t** config,
                   Kiv_DeviceHandle_t* device) {
   return enter([&](Session& session) {
     return create(session, session.devices(), &Session::newDevice, device,
-                  kCreationFailures, [&](const SaverDevice& created) {
+                  kDeviceCreationFailures, [&](const SaverDevice& created) {
                     return recorders::recordDeviceCreate(session, created,
                                                          config);
                   });

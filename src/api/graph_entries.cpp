@@ -14,7 +14,8 @@ Found<SaverGraph> findGraph(Session& session, Kiv_GraphHandle_t handle) {
   return lookUp(session.graphs(), handle, kGraphIsNull, kGraphIsUnknown);
 }
 
-Found<SaverContext> findContext(Session& session, Kiv_ContextHandle_t handle) {
+Found<SaverContext> findGraphsContext(Session& session,
+                                      Kiv_ContextHandle_t handle) {
   return lookUp(session.contexts(), handle, kContextIsNull5002,
                 kContextIsUnknown6001);
 }
@@ -24,7 +25,7 @@ Found<SaverContext> findContext(Session& session, Kiv_ContextHandle_t handle) {
 Code graphCreate(Kiv_ContextHandle_t handle, const char* name,
                  const KivGraph_Config_t** config, Kiv_GraphHandle_t* graph) {
   return enter([&](Session& session) {
-    const auto context = findContext(session, handle);
+    const auto context = findGraphsContext(session, handle);
     if (!context) return context.status;
     if (name == nullptr || graph == nullptr) return fail(kGraphNameOrOutIsNull);
     return recorders::recordGraphCreate(session, context.object, name, config,
@@ -73,7 +74,7 @@ Code graphFinalize(Kiv_GraphHandle_t handle, Kiv_ProfileHandle_t profile,
 Code graphRetrieve(Kiv_ContextHandle_t handle, const char* name,
                    Kiv_GraphHandle_t* graph) {
   return enter([&](Session& session) {
-    const auto context = findContext(session, handle);
+    const auto context = findGraphsContext(session, handle);
     if (!context) return context.status;
     if (name == nullptr || graph == nullptr) return fail(kGraphNameOrOutIsNull);
     return recorders::recordGraphRetrieve(session, context.object, name, graph);

@@ -9,8 +9,8 @@ namespace {
 using session::SaverProfile;
 using session::Session;
 
-constexpr CreationFailures kCreationFailures = {kProfileOutIsNull,
-                                                kProfileNotCreated};
+constexpr CreationFailures kProfileCreationFailures = {kProfileOutIsNull,
+                                                       kProfileNotCreated};
 
 Found<SaverProfile> findProfile(Session& session, Kiv_ProfileHandle_t handle,
                                 const Failure& ifUnknown = kProfileIsUnknown) {
@@ -33,7 +33,7 @@ Code profileCreate(Kiv_BackendHandle_t backend, KivProfile_Level_t level,
                    Kiv_ProfileHandle_t* profile) {
   return enter([&](Session& session) {
     return create(session, session.profiles(), &Session::newProfile, profile,
-                  kCreationFailures, [&](const SaverProfile& created) {
+                  kProfileCreationFailures, [&](const SaverProfile& created) {
                     return recorders::recordProfileCreate(session, created,
                                                           backend, level);
                   });

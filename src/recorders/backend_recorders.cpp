@@ -10,8 +10,8 @@ namespace {
 namespace calls = format::calls;
 using session::Session;
 
-constexpr output::WriteFailures kWriteFailures = {Status::kBackendError,
-                                                  Status::kContextError};
+constexpr output::WriteFailures kBackendFailures = {Status::kBackendError,
+                                                    Status::kContextError};
 constexpr Failure kNotFreed = {Status::kBackendError,
                                "Could not free backend handle"};
 
@@ -37,7 +37,7 @@ Status recordBackendCreate(Session& session, const KivBackend_Config_t** config,
           std::string(name.text), session.programNumber()));
   const Status status = call.commit(
       {Argument::fixed(format::kLogHandleVariable), configs, address},
-      kWriteFailures);
+      kBackendFailures);
   if (ok(status))
     *backend = session::toApi(session.backends().addNumbered(std::move(entry)));
   return status;
@@ -49,7 +49,7 @@ Status recordBackendSetConfig(Session& session, Kiv_BackendHandle_t backend,
   const Name name = call.backend(backend);
   const Name configs = writers::writeConfigs(
       call, config, kConfigBase, backend == nullptr ? "backend" : name.text);
-  return call.commit({name, configs}, kWriteFailures);
+  return call.commit({name, configs}, kBackendFailures);
 }
 
 Status recordBackendRegisterOpPackage(Session& session,
@@ -60,7 +60,7 @@ Status recordBackendRegisterOpPackage(Session& session,
   RecordedCall call(session, calls::kBackendRegisterOpPackage);
   return call.commit({call.backend(backend), escaped(call, packagePath),
                       escaped(call, interfaceProvider), escaped(call, target)},
-                     kWriteFailures);
+                     kBackendFailures);
 }
 
 Status recordBackendGetSupportedOperations(
@@ -71,7 +71,7 @@ Status recordBackendGetSupportedOperations(
   const Argument count = call.out(numOperations, "uint32_t", "numOperations");
   const Argument list =
       call.out(operations, "const KivBackend_OperationName_t*", "operations");
-  const Status status = call.commit({name, count, list}, kWriteFailures);
+  const Status status = call.commit({name, count, list}, kBackendFailures);
   if (!ok(status)) return status;
   if (numOperations != nullptr) *numOperations = 0;
   if (operations != nullptr) *operations = nullptr;
@@ -85,13 +85,13 @@ Status recordBackendValidateOpConfig(Session& session,
   RecordedCall call(session, calls::kBackendValidateOpConfig);
   const auto name = call.unique<Family::kOpConfig>("opConfig");
   writers::writeOpConfig(call, opConfig, name, nullptr);
-  return call.commit({call.backend(backend), name}, kWriteFailures);
+  return call.commit({call.backend(backend), name}, kBackendFailures);
 }
 
 // A null handle is written as well, and no backend has it.
 Status recordBackendFree(Session& session, Kiv_BackendHandle_t backend) {
   RecordedCall call(session, calls::kBackendFree);
-  const Status status = call.commit({call.backend(backend)}, kWriteFailures);
+  const Status status = call.commit({call.backend(backend)}, kBackendFailures);
   if (!ok(status)) return status;
   if (session.backends().erase(session::fromApi(backend))) return Status::kOk;
   return fail(kNotFreed);

@@ -10,8 +10,8 @@ namespace calls = format::calls;
 using session::SaverContext;
 using session::Session;
 
-constexpr output::WriteFailures kWriteFailures = {Status::kContextError,
-                                                  Status::kContextError};
+constexpr output::WriteFailures kContextFailures = {Status::kContextError,
+                                                    Status::kContextError};
 constexpr output::WriteFailures kCreateFromBinaryFailures = {
     Status::kContextError, Status::kContextBinary};
 constexpr output::WriteFailures kValidateBinaryFailures = {
@@ -21,7 +21,7 @@ constexpr const char* kBinaryNotWritten =
     "Failed to write context binary to disk, ensure binaryBufferSize matches "
     "the actual buffer size.";
 
-constexpr std::string_view kHandleType = "Kiv_ContextHandle_t";
+constexpr std::string_view kContextHandle = "Kiv_ContextHandle_t";
 constexpr std::string_view kSizeType = "Kiv_ContextBinarySize_t";
 
 Name writeConfigs(RecordedCall& call, const KivContext_Config_t** config,
@@ -87,7 +87,7 @@ Status createFromBinary(Session& session, const format::Function& function,
   const Name backendName = call.backend(backend);
   const Name deviceName = call.device(device);
   const Name profileName = call.profile(profile);
-  const Argument address = call.declare(kHandleType, name);
+  const Argument address = call.declare(kContextHandle, name);
   ClaimedName bytes(session, call, name, "_binary");
   readBinary(call, bytes, binary, kCreateFromBinaryFailures.data);
   const Name configs = writeConfigs(call, config, name.text);
@@ -117,9 +117,9 @@ Status recordContextCreate(Session& session, const SaverContext& context,
   const Name backendName = call.backend(backend);
   const Name deviceName = call.device(device);
   const Name configs = writeConfigs(call, config, name.text);
-  const Argument address = call.declare(kHandleType, name);
+  const Argument address = call.declare(kContextHandle, name);
   return call.commit({backendName, deviceName, configs, address},
-                     kWriteFailures);
+                     kContextFailures);
 }
 
 Status recordContextCreateFromBinary(
@@ -162,7 +162,7 @@ Status recordContextSetConfig(Session& session, const SaverContext& context,
   RecordedCall call(session, calls::kContextSetConfig);
   const Name name = call.use(context);
   const Name configs = writeConfigs(call, config, name.text);
-  return call.commit({name, configs}, kWriteFailures);
+  return call.commit({name, configs}, kContextFailures);
 }
 
 Status recordContextGetBinarySize(Session& session, const SaverContext& context,
@@ -170,12 +170,12 @@ Status recordContextGetBinarySize(Session& session, const SaverContext& context,
   RecordedCall call(session, calls::kContextGetBinarySize);
   const Name name = call.use(context);
   if (binarySize == nullptr) {
-    const Status status = call.commit({name, Name{}}, kWriteFailures);
+    const Status status = call.commit({name, Name{}}, kContextFailures);
     return ok(status) ? Status::kNothingToReport : status;
   }
   ClaimedName size(session, call, name, "_binaryBufferSize");
   const Argument address = call.declare(kSizeType, size);
-  const Status status = call.commit({name, address}, kWriteFailures);
+  const Status status = call.commit({name, address}, kContextFailures);
   size.keepIf(status);
   return ok(status) ? Status::kNothingToReport : status;
 }
@@ -197,7 +197,7 @@ Status recordContextGetBinary(Session& session, const SaverContext& context,
   code.emitFwrite(buffer, 1, written, file);
   code.emitFclose(file);
   code.emitFree(buffer);
-  const Status status = call.commit(kWriteFailures);
+  const Status status = call.commit(kContextFailures);
   for (ClaimedName* claimed : {&written, &buffer, &file})
     claimed->keepIf(status);
   return ok(status) ? Status::kNothingToReport : status;
@@ -216,7 +216,7 @@ Status recordContextFree(Session& session, const SaverContext& context,
         "without one");
   }
   return call.commit({name, call.profile(isUnknown ? nullptr : profile)},
-                     kWriteFailures);
+                     kContextFailures);
 }
 
 }  // namespace kiv::recorders

@@ -10,8 +10,8 @@ namespace calls = format::calls;
 using session::SaverDevice;
 using session::Session;
 
-constexpr output::WriteFailures kWriteFailures = {Status::kDeviceError,
-                                                  Status::kDeviceError};
+constexpr output::WriteFailures kDeviceFailures = {Status::kDeviceError,
+                                                   Status::kDeviceError};
 
 Argument logHandle() { return Argument::fixed(format::kLogHandleVariable); }
 
@@ -34,7 +34,7 @@ Status recordDeviceCreate(Session& session, const SaverDevice& device,
   const Name name = call.use(device);
   const Name configs = writeConfigs(call, config, name);
   const Argument address = call.declare("Kiv_DeviceHandle_t", name);
-  return call.commit({logHandle(), configs, address}, kWriteFailures);
+  return call.commit({logHandle(), configs, address}, kDeviceFailures);
 }
 
 Status recordDeviceSetConfig(Session& session, const SaverDevice& device,
@@ -42,21 +42,21 @@ Status recordDeviceSetConfig(Session& session, const SaverDevice& device,
   RecordedCall call(session, calls::kDeviceSetConfig);
   const Name name = call.use(device);
   const Name configs = writeConfigs(call, config, name);
-  return call.commit({name, configs}, kWriteFailures);
+  return call.commit({name, configs}, kDeviceFailures);
 }
 
 Status recordDeviceGetInfo(Session& session, const SaverDevice& device,
                            const KivDevice_PlatformInfo_t** platformInfo) {
   RecordedCall call(session, calls::kDeviceGetInfo);
   return call.commit({call.use(device), outPlatformInfo(call, platformInfo)},
-                     kWriteFailures);
+                     kDeviceFailures);
 }
 
 Status recordDeviceGetPlatformInfo(
     Session& session, const KivDevice_PlatformInfo_t** platformInfo) {
   RecordedCall call(session, calls::kDeviceGetPlatformInfo);
   return call.commit({logHandle(), outPlatformInfo(call, platformInfo)},
-                     kWriteFailures);
+                     kDeviceFailures);
 }
 
 Status recordDeviceGetInfrastructure(
@@ -69,12 +69,12 @@ Status recordDeviceGetInfrastructure(
   }
   return call.commit(
       {call.out(infrastructure, "KivDevice_Infrastructure_t", "deviceInfra")},
-      kWriteFailures);
+      kDeviceFailures);
 }
 
 Status recordDeviceFree(Session& session, const SaverDevice& device) {
   RecordedCall call(session, calls::kDeviceFree);
-  return call.commit({call.use(device)}, kWriteFailures);
+  return call.commit({call.use(device)}, kDeviceFailures);
 }
 
 }  // namespace kiv::recorders

@@ -17,7 +17,7 @@ using session::SaverContext;
 using session::SaverGraph;
 using session::Session;
 
-constexpr output::WriteFailures kWriteFailures = {Status::kContextError,
+constexpr output::WriteFailures kGraphFailures = {Status::kContextError,
                                                   Status::kContextError};
 constexpr output::WriteFailures kAddNodeFailures = {Status::kBackendError,
                                                     Status::kContextError};
@@ -32,7 +32,7 @@ constexpr Failure kTensorsAreNull = {
     Status::kGraphInvalidArgument,
     "Provided tensor array is NULL but %ld tensors are counted"};
 
-constexpr std::string_view kHandleType = "Kiv_GraphHandle_t";
+constexpr std::string_view kGraphHandle = "Kiv_GraphHandle_t";
 
 Name writeConfigs(RecordedCall& call, const KivGraph_Config_t** config,
                   Name graph) {
@@ -59,9 +59,9 @@ Status createGraph(Session& session, std::shared_ptr<SaverContext> context,
 Status writeRetrieval(Session& session, const SaverContext& context,
                       const char* name, std::string_view variable) {
   RecordedCall call(session, calls::kGraphRetrieve);
-  const Argument address = call.declare(kHandleType, {variable});
+  const Argument address = call.declare(kGraphHandle, {variable});
   return call.commit({call.use(context), Argument::literal(name), address},
-                     kWriteFailures);
+                     kGraphFailures);
 }
 
 Status retrieveAgain(Session& session, const SaverContext& context,
@@ -112,10 +112,10 @@ Status recordGraphCreate(Session& session,
         RecordedCall call(session, calls::kGraphCreate);
         const Name variable = call.use(graph);
         const Name configs = writeConfigs(call, config, variable);
-        const Argument address = call.declare(kHandleType, variable);
+        const Argument address = call.declare(kGraphHandle, variable);
         return call.commit(
             {call.use(owner), Argument::literal(name), configs, address},
-            kWriteFailures);
+            kGraphFailures);
       });
 }
 
@@ -127,9 +127,9 @@ Status recordGraphCreateSubgraph(Session& session, const SaverGraph& parent,
       session, std::move(context), name, parent.tensors(), out,
       [&](const SaverGraph& subgraph) {
         RecordedCall call(session, calls::kGraphCreateSubgraph);
-        const Argument address = call.declare(kHandleType, call.use(subgraph));
+        const Argument address = call.declare(kGraphHandle, call.use(subgraph));
         return call.commit({call.use(parent), Argument::literal(name), address},
-                           kWriteFailures);
+                           kGraphFailures);
       });
 }
 
@@ -155,7 +155,7 @@ Status recordGraphSetConfig(Session& session, const SaverGraph& graph,
   RecordedCall call(session, calls::kGraphSetConfig);
   const Name variable = call.use(graph);
   const Name configs = writeConfigs(call, config, variable);
-  return call.commit({variable, configs}, kWriteFailures);
+  return call.commit({variable, configs}, kGraphFailures);
 }
 
 Status recordGraphAddNode(Session& session, const SaverGraph& graph,
@@ -170,7 +170,7 @@ Status recordGraphFinalize(Session& session, const SaverGraph& graph,
                            Kiv_ProfileHandle_t profile) {
   RecordedCall call(session, calls::kGraphFinalize);
   return call.commit({call.use(graph), call.profile(profile), Name{}},
-                     kWriteFailures);
+                     kGraphFailures);
 }
 
 // The number of the execution and the text that holds it are made under the
@@ -202,7 +202,7 @@ Status recordGraphExecute(Session& session, SaverGraph& graph,
   return call.commit(
       {variable, inputArray, Argument::number(inputs.size()), outputArray,
        Argument::number(outputs.size()), profileVariable, Name{}},
-      kWriteFailures);
+      kGraphFailures);
 }
 
 }  // namespace kiv::recorders

@@ -10,8 +10,8 @@ namespace calls = format::calls;
 using session::SaverProfile;
 using session::Session;
 
-constexpr output::WriteFailures kWriteFailures = {Status::kProfileError,
-                                                  Status::kProfileError};
+constexpr output::WriteFailures kProfileFailures = {Status::kProfileError,
+                                                    Status::kProfileError};
 
 constexpr std::string_view kListType = "const KivProfile_EventId_t*";
 
@@ -37,7 +37,7 @@ Status recordEventData(Session& session, const format::Function& function,
   }
   const std::string_view type = function.arguments.back().type;
   return call.commit({eventArgument(event), call.out(data, type, base)},
-                     kWriteFailures);
+                     kProfileFailures);
 }
 
 }  // namespace
@@ -51,7 +51,7 @@ Status recordProfileCreate(Session& session, const SaverProfile& profile,
       call.declare("Kiv_ProfileHandle_t", call.use(profile));
   return call.commit(
       {backendName, Argument::cast("KivProfile_Level_t", level), address},
-      kWriteFailures);
+      kProfileFailures);
 }
 
 Status recordProfileSetConfig(Session& session, const SaverProfile& profile,
@@ -60,7 +60,7 @@ Status recordProfileSetConfig(Session& session, const SaverProfile& profile,
   const Name name = call.use(profile);
   const Name configs =
       writers::writeConfigs(call, config, name.text, name.text);
-  return call.commit({name, configs}, kWriteFailures);
+  return call.commit({name, configs}, kProfileFailures);
 }
 
 Status recordProfileGetEvents(Session& session, const SaverProfile& profile,
@@ -70,7 +70,7 @@ Status recordProfileGetEvents(Session& session, const SaverProfile& profile,
   const Argument list = call.out(events, kListType, "profileEventIds");
   const Argument count = call.out(numEvents, "uint32_t", "numEvents");
   const Status status =
-      call.commit({call.use(profile), list, count}, kWriteFailures);
+      call.commit({call.use(profile), list, count}, kProfileFailures);
   if (ok(status)) reportNoEvents(events, numEvents);
   return status;
 }
@@ -82,7 +82,7 @@ Status recordProfileGetSubEvents(Session& session, KivProfile_EventId_t event,
   const Argument list = call.out(subEvents, kListType, "subEventIds");
   const Argument count = call.out(numSubEvents, "uint32_t", "numSubEvents");
   const Status status =
-      call.commit({eventArgument(event), list, count}, kWriteFailures);
+      call.commit({eventArgument(event), list, count}, kProfileFailures);
   if (ok(status)) reportNoEvents(subEvents, numSubEvents);
   return status;
 }
@@ -102,7 +102,7 @@ Status recordProfileGetExtendedEventData(
 
 Status recordProfileFree(Session& session, const SaverProfile& profile) {
   RecordedCall call(session, calls::kProfileFree);
-  return call.commit({call.use(profile)}, kWriteFailures);
+  return call.commit({call.use(profile)}, kProfileFailures);
 }
 
 }  // namespace kiv::recorders

@@ -6,11 +6,11 @@ namespace kiv::recorders {
 
 Status recordPropertyHasCapability(session::Session& session,
                                    KivProperty_Key_t key) {
-  constexpr output::WriteFailures kWriteFailures = {Status::kPropertyError,
-                                                    Status::kPropertyError};
+  constexpr output::WriteFailures kPropertyFailures = {Status::kPropertyError,
+                                                       Status::kPropertyError};
   RecordedCall call(session, format::calls::kPropertyHasCapability);
   return call.commit({Argument::cast("KivProperty_Key_t", key)},
-                     kWriteFailures);
+                     kPropertyFailures);
 }
 
 }  // namespace kiv::recorders

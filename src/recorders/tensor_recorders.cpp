@@ -11,8 +11,8 @@ using session::TensorRegistry;
 
 // Text that cannot be written has a code that no writer gives: the client's
 // call succeeds all the same.
-constexpr output::WriteFailures kWriteFailures = {Status::kBackendError,
-                                                  Status::kContextError};
+constexpr output::WriteFailures kTensorFailures = {Status::kBackendError,
+                                                   Status::kContextError};
 
 constexpr Failure kNameExists = {
     Status::kTensorAlreadyExists,
@@ -46,9 +46,9 @@ TensorRecording recordTensorCreate(session::Session& session,
                                   NameOf<Family::kContext>{ownerName}, number);
   writers::writeTensor(call, tensor, name, nullptr);
   const Status status =
-      call.commit({ownerName, Argument::address(name)}, kWriteFailures);
+      call.commit({ownerName, Argument::address(name)}, kTensorFailures);
   if (ok(status)) return {status, {{number, program}}};
-  return {status == kWriteFailures.text ? Status::kOk : status, {}};
+  return {status == kTensorFailures.text ? Status::kOk : status, {}};
 }
 
 Status registerTensor(session::Session& session, TensorRegistry& registry,

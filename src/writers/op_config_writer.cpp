@@ -10,8 +10,8 @@ namespace {
 namespace rows = format::rows;
 using format::Part;
 
-constexpr Failure kVersion = {Status::kNotSupported,
-                              "Unsupported opconfig version: %d.\n"};
+constexpr Failure kOpConfigVersion = {Status::kNotSupported,
+                                      "Unsupported opconfig version: %d.\n"};
 constexpr Failure kParamType = {Status::kBackendInvalidArgument,
                                 "Invalid Kiv_ParamType_t provided: %ld\n"};
 constexpr Failure kScalarType = {Status::kBackendInvalidArgument,
@@ -92,7 +92,8 @@ void writeOpConfig(CallText& call, const Kiv_OpConfig_t& opConfig,
   const std::uint32_t version = enumValue(opConfig.version);
   const format::Member* member =
       format::findMember(rows::kOpConfigVersions, version);
-  if (member == nullptr) return call.fail(kVersion, static_cast<int>(version));
+  if (member == nullptr)
+    return call.fail(kOpConfigVersion, static_cast<int>(version));
   const Kiv_OpConfigV1_t& v1 = opConfig.v1;
   const auto param = [&](const Kiv_Param_t& record,
                          NameOf<Family::kParam> variable) {

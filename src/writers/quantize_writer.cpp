@@ -11,7 +11,7 @@ using format::Part;
 
 constexpr Failure kUnknownEncoding = {
     Status::kNotSupported, "Unsupported quantization encoding: %d.\n"};
-constexpr Failure kMissingArray = {
+constexpr Failure kMissingParams = {
     Status::kNotSupported,
     "Quantization parameters count %ld elements but their array is NULL"};
 
@@ -24,7 +24,7 @@ Name writeAxisScaleOffset(CallText& call, const Kiv_AxisScaleOffset_t& encoding,
                           NameOf<Family::kQuantizeParams> owner) {
   const std::uint32_t count = encoding.numScaleOffsets;
   if (count != 0 && encoding.scaleOffset == nullptr) {
-    call.fail(kMissingArray, static_cast<long>(count));
+    call.fail(kMissingParams, static_cast<long>(count));
     return {};
   }
   output::CodeStream& code = call.code();
@@ -41,7 +41,7 @@ Name writeBwAxisScaleOffset(CallText& call,
   const std::uint32_t count = encoding.numElements;
   if (count != 0 &&
       (encoding.scales == nullptr || encoding.offsets == nullptr)) {
-    call.fail(kMissingArray, static_cast<long>(count));
+    call.fail(kMissingParams, static_cast<long>(count));
     return {};
   }
   output::CodeStream& code = call.code();

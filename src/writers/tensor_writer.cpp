@@ -18,8 +18,8 @@ constexpr Failure kDataType = {Status::kTensorDataType,
 // An unknown version is reported twice, by the choice of the union's member and
 // by the choice of the record.
 constexpr const char* kVersionMember = "Unsupported tensor version %d.\n";
-constexpr Failure kVersion = {Status::kNotSupported,
-                              "Unsupported tensor version: %d.\n"};
+constexpr Failure kTensorVersion = {Status::kNotSupported,
+                                    "Unsupported tensor version: %d.\n"};
 
 void checkMemory(CallText& call, const Kiv_TensorV1_t& tensor) {
   if (enumValue(tensor.memType) != KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER)
@@ -39,7 +39,7 @@ void refuseVersion(CallText& call, const Kiv_Tensor_t& tensor) {
   checkDataType(call, tensor.v1);
   const std::uint32_t version = enumValue(tensor.version);
   (void)tensorVersionMember(call, version);
-  call.fail(kVersion, static_cast<int>(version));
+  call.fail(kTensorVersion, static_cast<int>(version));
 }
 
 // The name of the array, or none for a null pointer.

@@ -19,11 +19,11 @@ struct NullCall {
 };
 
 constexpr const char* kContextOut = "Provided context handle pointer is NULL";
-constexpr const char* kContext = "Provided context handle is NULL";
+constexpr const char* kContextIsNull = "Provided context handle is NULL";
 constexpr const char* kGraph = "Provided graph handle is NULL";
 constexpr const char* kTensor = "Provided tensor ptr is NULL";
 constexpr const char* kProfile = "Provided profile handle is NULL";
-constexpr const char* kDevice = "Provided device handle is NULL";
+constexpr const char* kDeviceIsNull = "Provided device handle is NULL";
 
 #define KIV_CALL(name, ...) \
 #name, [](const Api& api) { return api.name(__VA_ARGS__); }
@@ -46,23 +46,25 @@ const NullCall kNullCalls[] = {
      "Could not free backend handle"},
     {KIV_CALL(contextCreate, nullptr, nullptr, nullptr, nullptr), 4000, 5000,
      kContextOut},
-    {KIV_CALL(contextSetConfig, nullptr, nullptr), 4000, 5002, kContext},
-    {KIV_CALL(contextGetBinarySize, nullptr, nullptr), 4000, 5002, kContext},
+    {KIV_CALL(contextSetConfig, nullptr, nullptr), 4000, 5002, kContextIsNull},
+    {KIV_CALL(contextGetBinarySize, nullptr, nullptr), 4000, 5002,
+     kContextIsNull},
     {KIV_CALL(contextGetBinary, nullptr, nullptr, 0, nullptr), 4000, 5002,
-     kContext},
+     kContextIsNull},
     {KIV_CALL(contextCreateFromBinary, nullptr, nullptr, nullptr, nullptr, 0,
               nullptr, nullptr),
      4000, 5000, kContextOut},
-    {KIV_CALL(contextFree, nullptr, nullptr), 4000, 5002, kContext},
+    {KIV_CALL(contextFree, nullptr, nullptr), 4000, 5002, kContextIsNull},
     {KIV_CALL(graphCreate, nullptr, nullptr, nullptr, nullptr), 4000, 5002,
-     kContext},
+     kContextIsNull},
     {KIV_CALL(graphCreateSubgraph, nullptr, nullptr, nullptr), 4000, 6001,
      kGraph},
     {KIV_CALL(graphSetConfig, nullptr, nullptr), 4000, 6001, kGraph},
     {KIV_CALL(graphAddNode, nullptr, emptyOpConfig(nullptr)), 4000, 6001,
      kGraph},
     {KIV_CALL(graphFinalize, nullptr, nullptr, nullptr), 4000, 6001, kGraph},
-    {KIV_CALL(graphRetrieve, nullptr, nullptr, nullptr), 4000, 5002, kContext},
+    {KIV_CALL(graphRetrieve, nullptr, nullptr, nullptr), 4000, 5002,
+     kContextIsNull},
     {KIV_CALL(graphExecute, nullptr, nullptr, 1, nullptr, 1, nullptr, nullptr),
      4000, 6001, kGraph},
     {KIV_CALL(graphExecuteAsync, nullptr, nullptr, 0, nullptr, 0, nullptr,
@@ -87,9 +89,9 @@ const NullCall kNullCalls[] = {
     {KIV_CALL(deviceGetInfrastructure, nullptr), 4000, 0, nullptr},
     {KIV_CALL(deviceCreate, nullptr, nullptr, nullptr), 4000, 1004,
      "Provided device handle pointer is NULL"},
-    {KIV_CALL(deviceSetConfig, nullptr, nullptr), 4000, 14000, kDevice},
-    {KIV_CALL(deviceGetInfo, nullptr, nullptr), 4000, 14000, kDevice},
-    {KIV_CALL(deviceFree, nullptr), 4000, 14000, kDevice},
+    {KIV_CALL(deviceSetConfig, nullptr, nullptr), 4000, 14000, kDeviceIsNull},
+    {KIV_CALL(deviceGetInfo, nullptr, nullptr), 4000, 14000, kDeviceIsNull},
+    {KIV_CALL(deviceFree, nullptr), 4000, 14000, kDeviceIsNull},
     {KIV_CALL(signalCreate, nullptr, nullptr, nullptr), 1000, 1000, nullptr},
     {KIV_CALL(signalSetConfig, nullptr, nullptr), 1000, 1000, nullptr},
     {KIV_CALL(signalTrigger, nullptr), 1000, 1000, nullptr},
@@ -202,7 +204,8 @@ TEST(Entry, UnknownHandles) {
       KIV_FAILS(6001, kNoContext, graphCreate, kUnknown, nullptr, nullptr,
                 nullptr),
       KIV_FAILS(6001, kNoContext, graphRetrieve, kUnknown, nullptr, nullptr),
-      KIV_FAILS(6001, kContext, tensorCreateContextTensor, nullptr, &tensor),
+      KIV_FAILS(6001, kContextIsNull, tensorCreateContextTensor, nullptr,
+                &tensor),
       KIV_FAILS(5002, kNoContext, tensorCreateContextTensor, kUnknown, &tensor),
       KIV_FAILS(6001, kGraph, tensorCreateGraphTensor, nullptr, &tensor),
       KIV_FAILS(6001, kNoGraph, tensorCreateGraphTensor, kUnknown, &tensor),

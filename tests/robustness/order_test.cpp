@@ -17,8 +17,6 @@
 namespace kiv::test {
 namespace {
 
-constexpr const char* kFooterEnd = "0 : error;\n}\n";
-
 bool hasOneFooter(const std::string& text) {
   return countOf(text, "fclose(fp)") == 1 && text.ends_with(kFooterEnd);
 }

@@ -89,7 +89,7 @@ class Repeater {
 };
 
 Repeater* repeater = nullptr;
-const Api* library = nullptr;
+const Api* real = nullptr;
 
 // The function of a slot, called through the repeater.
 template <auto Slot, typename Function>
@@ -97,10 +97,10 @@ struct Repeated;
 template <auto Slot, typename... Arguments>
 struct Repeated<Slot, Code (*)(Arguments...)> {
   static Code call(Arguments... arguments) {
-    const auto slot = reinterpret_cast<void* const*>(&(library->*Slot)) -
-                      reinterpret_cast<void* const*>(library);
+    const auto slot = reinterpret_cast<void* const*>(&(real->*Slot)) -
+                      reinterpret_cast<void* const*>(real);
     return repeater->make(static_cast<std::size_t>(slot),
-                          [&] { return (library->*Slot)(arguments...); });
+                          [&] { return (real->*Slot)(arguments...); });
   }
 };
 
@@ -164,7 +164,7 @@ void failInGoldenSession(std::size_t count) {
     Repeater failures(first, count);
     saver.api().logCreate(note, KIV_LOG_LEVEL_ERROR, nullptr);
     repeater = &failures;
-    library = &saver.api();
+    real = &saver.api();
     auto codes = runGoldenSession(repeatingApi());
     std::erase(codes, 4950U);
     EXPECT_EQ(codes, std::vector<Code>(codes.size()));

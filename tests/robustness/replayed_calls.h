@@ -20,6 +20,9 @@ inline constexpr bool kFewerRuns = true;
 inline constexpr bool kFewerRuns = false;
 #endif
 
+// How a whole model file ends.
+inline constexpr const char* kFooterEnd = "0 : error;\n}\n";
+
 // The calls of a session, as Tracer prints them.
 Lines callsOf(const std::function<void(const Api&)>& session);
 

@@ -12,8 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kFooterEnd = "0 : error;\n}\n";
-
 void closeDescriptorOf(const fs::path& path) {
   std::error_code ignored;
   for (int fd = 3; fd < 4096; ++fd)

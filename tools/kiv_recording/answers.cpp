@@ -31,7 +31,7 @@ std::size_t binarySize(std::uint64_t context) {
   return ("KIV_TRACER binary of " + number).size();
 }
 
-std::string textOf(const Value& value) {
+std::string stringOf(const Value& value) {
   const char* text = value.pointer<const char>();
   return text == nullptr ? "" : text;
 }
@@ -101,7 +101,7 @@ std::uint64_t Answers::newHandle(std::string_view type) {
 
 std::uint64_t Answers::retrieveGraph(const Arguments& arguments) {
   const std::uint64_t context = bitsOf(arguments, "context");
-  const auto found = graphs_.find({context, textOf(*arguments.find("name"))});
+  const auto found = graphs_.find({context, stringOf(*arguments.find("name"))});
   return found == graphs_.end() ? newHandle("Kiv_GraphHandle_t")
                                 : found->second;
 }
@@ -112,7 +112,7 @@ void Answers::nameGraph(const Arguments& arguments, std::uint64_t graph) {
   const std::uint64_t owner = context != nullptr
                                   ? context->bits
                                   : contexts_[bitsOf(arguments, "graph")];
-  graphs_[{owner, textOf(*arguments.find("name"))}] = graph;
+  graphs_[{owner, stringOf(*arguments.find("name"))}] = graph;
   contexts_[graph] = owner;
 }
 
