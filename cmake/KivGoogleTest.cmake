@@ -2,12 +2,22 @@
 # built from the sources that Debian's package googletest brings.
 include(GoogleTest)
 
-# Makes each test of a program one of CTest's; what follows goes on to
-# gtest_discover_tests. An emulator takes long to start for the first time.
+# Makes each test of a program one of CTest's; properties of tests may follow.
+# With QUICK they are part of `./test.sh quick`. An emulator takes long to start
+# for the first time.
+add_custom_target(kiv_quick_tests)
 function(kiv_google_tests target)
+  cmake_parse_arguments(ARG "QUICK" "" "PROPERTIES" ${ARGN})
   target_link_libraries(${target} PRIVATE GTest::gtest_main)
   kiv_compile_options(${target})
-  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 120 ${ARGN})
+  if(ARG_QUICK)
+    add_dependencies(kiv_quick_tests ${target})
+    list(APPEND ARG_PROPERTIES LABELS quick)
+  endif()
+  if(ARG_PROPERTIES)
+    list(PREPEND ARG_PROPERTIES PROPERTIES)
+  endif()
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 120 ${ARG_PROPERTIES})
 endfunction()
 
 if(NOT CMAKE_CROSSCOMPILING)

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "kiv_recording/recordings.h"
+
 namespace kiv::tool {
 namespace {
 
@@ -32,8 +34,7 @@ std::size_t binarySize(std::uint64_t context) {
 }
 
 std::string stringOf(const Value& value) {
-  const char* text = value.pointer<const char>();
-  return text == nullptr ? "" : text;
+  return orEmpty(value.pointer<const char>());
 }
 
 std::uint64_t bitsOf(const Arguments& arguments, std::string_view name) {

@@ -27,10 +27,10 @@ using recording::Severity;
 using recording::Statement;
 using recording::StatementKind;
 
-constexpr const char* kDescription =
+constexpr const char* kCheckDescription =
     "List every fault that keeps it from being compiled or replayed";
 
-constexpr const char* kDetails =
+constexpr const char* kCheckDetails =
     R"(Lists every fault that keeps a recording from being compiled or replayed, in
 the order of its lines. Faults of compiling alone are those that kiv-recording
 prepare removes.
@@ -38,7 +38,7 @@ prepare removes.
 Example: is what somebody sent whole?
   kiv-recording check saver_output && echo it is)";
 
-struct Options {
+struct CheckOptions {
   RecordingOptions recording;
   bool isJson = false;
 };
@@ -277,7 +277,7 @@ void showJson(const Recording& recording, const std::vector<Fault>& faults) {
                                nlohmann::json::error_handler_t::replace));
 }
 
-int check(const Options& options) {
+int check(const CheckOptions& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
   const std::vector<Fault> faults = Checker(*recording).check();
@@ -300,9 +300,9 @@ int check(const Options& options) {
 }  // namespace
 
 Verb addCheck(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("check", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<CheckOptions>();
+  CLI::App* verb = program.add_subcommand("check", kCheckDescription);
+  verb->footer(kCheckDetails);
   addRecording(*verb, options->recording);
   verb->add_flag("--json", options->isJson, "Print the list as JSON");
   return {verb, [options] { return check(*options); }};

@@ -15,9 +15,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr const char* kDescription = "Compare two directories of saved outputs";
+constexpr const char* kCompareDescription =
+    "Compare two directories of saved outputs";
 
-constexpr const char* kDetails =
+constexpr const char* kCompareDetails =
     R"(Compares outputs that replays saved (or clients, as .npy files with a list
 outputs.txt): the first directory's with the second one's, which are the
 expected ones. Each output has a line with the largest and the mean absolute
@@ -31,7 +32,7 @@ Example: in which layer do two backends part?
   kiv-recording replay saver_output -b ./libB.so --outputs all --save-outputs b
   kiv-recording compare a b)";
 
-struct Options {
+struct CompareOptions {
   std::string first;
   std::string second;
   arrays::Tolerance tolerance;
@@ -74,7 +75,7 @@ void show(const std::vector<arrays::Difference>& differences) {
     fmt::print("{} of {} outputs are over\n", over, differences.size());
 }
 
-int compare(const Options& options) {
+int compare(const CompareOptions& options) {
   std::string why;
   const auto paths = arrays::readOutputList(pathOf(options.first), why);
   arrays::OutputComparison comparison(options.tolerance);
@@ -104,9 +105,9 @@ int compare(const Options& options) {
 }  // namespace
 
 Verb addCompare(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("compare", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<CompareOptions>();
+  CLI::App* verb = program.add_subcommand("compare", kCompareDescription);
+  verb->footer(kCompareDetails);
   verb->add_option("DIR1", options->first, "Directory of saved outputs")
       ->required()
       ->type_name("");

@@ -13,10 +13,10 @@ namespace {
 namespace fs = std::filesystem;
 using recording::Recording;
 
-constexpr const char* kDescription =
+constexpr const char* kCompleteDescription =
     "Give a recording that was cut off its end, in a copy";
 
-constexpr const char* kDetails =
+constexpr const char* kCompleteDetails =
     R"(Makes a whole recording of one whose recorder was killed: a new directory with
 the calls that are whole, the end of the program behind them, and the data
 that these calls read.
@@ -25,7 +25,7 @@ Example:
   kiv-recording complete saver_output -o whole
   kiv-recording check whole)";
 
-struct Options {
+struct CompleteOptions {
   RecordingOptions recording;
   std::string output;
 };
@@ -55,7 +55,7 @@ int copyData(const Recording& recording, const fs::path& directory) {
   return size < recording.dataSize() ? kDiffers : kDone;
 }
 
-int complete(const Options& options) {
+int complete(const CompleteOptions& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
   if (!recording->header().isWhole) {
@@ -89,9 +89,9 @@ int complete(const Options& options) {
 }  // namespace
 
 Verb addComplete(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("complete", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<CompleteOptions>();
+  CLI::App* verb = program.add_subcommand("complete", kCompleteDescription);
+  verb->footer(kCompleteDetails);
   addRecording(*verb, options->recording);
   verb->add_option("-o,--output", options->output, "The new directory")
       ->required()

@@ -22,9 +22,9 @@ using recording::Arguments;
 using recording::Program;
 using recording::Recording;
 
-constexpr const char* kDescription = "Compare the calls of two recordings";
+constexpr const char* kDiffDescription = "Compare the calls of two recordings";
 
-constexpr const char* kDetails =
+constexpr const char* kDiffDetails =
     R"(Compares the calls of two recordings: the first call that differs, then how
 many calls of each function only one of them has. Data is compared by its
 bytes; names of variables and where bytes lie in the data file do not count.
@@ -32,7 +32,7 @@ bytes; names of variables and where bytes lie in the data file do not count.
 Example: does a newer client ask for the same as the older one?
   kiv-recording diff before/saver_output after/saver_output)";
 
-struct Options {
+struct DiffOptions {
   RecordingOptions first;
   RecordingOptions second;
   bool isJson = false;
@@ -159,7 +159,7 @@ std::string excerpt(const std::string& text, std::size_t place) {
   return shown;
 }
 
-void showSide(char sign, const Options& options, const Side& side,
+void showSide(char sign, const DiffOptions& options, const Side& side,
               std::size_t call, const std::string& text, std::size_t place) {
   const std::string& path =
       sign == '-' ? options.first.path : options.second.path;
@@ -171,7 +171,7 @@ void showSide(char sign, const Options& options, const Side& side,
                excerpt(text.substr(text.find('(') + 1), place));
 }
 
-void showDifference(const Options& options, const Side& a, const Side& b,
+void showDifference(const DiffOptions& options, const Side& a, const Side& b,
                     const FirstDifference& difference) {
   const auto [end, other] =
       std::ranges::mismatch(difference.first, difference.second);
@@ -216,7 +216,7 @@ void showJson(const Side& a, const Side& b, const Comparison& comparison) {
   fmt::print("{}\n", json.dump(2));
 }
 
-int diff(const Options& options) {
+int diff(const DiffOptions& options) {
   const auto a = Side::open(options.first);
   const auto b = Side::open(options.second);
   if (!a || !b) return kUnreadable;
@@ -236,9 +236,9 @@ int diff(const Options& options) {
 }  // namespace
 
 Verb addDiff(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("diff", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<DiffOptions>();
+  CLI::App* verb = program.add_subcommand("diff", kDiffDescription);
+  verb->footer(kDiffDetails);
   addRecording(*verb, options->first, "A");
   addRecording(*verb, options->second, "B");
   verb->add_flag("--json", options->isJson, "Print the result as JSON");

@@ -18,9 +18,9 @@ using recording::Arguments;
 using recording::Program;
 using recording::Value;
 
-constexpr const char* kDescription = "Print the calls, one a line";
+constexpr const char* kDumpDescription = "Print the calls, one a line";
 
-constexpr const char* kDetails =
+constexpr const char* kDumpDetails =
     R"(Prints the calls of a recording, one a line: the text that the backend Tracer
 prints when the recording is replayed on it (with KIV_TRACER_CUSTOM=gpu), so
 that a recording can be compared with a trace by diff. Data shows by its size
@@ -32,7 +32,7 @@ Example: what is called between the 10th and the 20th call?
 Example: does the recording hold what the client did?
   kiv-recording dump saver_output | diff - trace.txt)";
 
-struct Options {
+struct DumpOptions {
   RecordingOptions recording;
   std::string calls;
   std::string graph;
@@ -73,7 +73,7 @@ bool isOfGraph(const Program& program, const Arguments& arguments,
   return graph != nullptr && program.graphName(graph->variable) == name;
 }
 
-int dump(const Options& options) {
+int dump(const DumpOptions& options) {
   Range range;
   if (!options.calls.empty() && !parseRange(options.calls, range)) {
     fmt::print(stderr, "--calls: {} is no range such as 10-20\n",
@@ -109,9 +109,9 @@ int dump(const Options& options) {
 }  // namespace
 
 Verb addDump(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("dump", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<DumpOptions>();
+  CLI::App* verb = program.add_subcommand("dump", kDumpDescription);
+  verb->footer(kDumpDetails);
   addRecording(*verb, options->recording);
   verb->add_option("--calls", options->calls,
                    "Only the calls A to B, counted from 1")

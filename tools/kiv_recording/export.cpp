@@ -9,9 +9,9 @@
 namespace kiv::tool {
 namespace {
 
-constexpr const char* kDescription = "Write the network as an ONNX model";
+constexpr const char* kExportDescription = "Write the network as an ONNX model";
 
-constexpr const char* kDetails =
+constexpr const char* kExportDetails =
     R"(Writes the network of a recording of ONNX operators, as examples/onnx_client
 makes, as OUT/model.onnx. Weights of more than 1024 bytes stay in a copy of the
 data file beside it (ONNX's external data), so OUT is to be kept together. With
@@ -53,8 +53,8 @@ int exportNetwork(const ExportOptions& options) {
 
 Verb addExport(CLI::App& program) {
   const auto options = std::make_shared<ExportOptions>();
-  CLI::App* verb = program.add_subcommand("export", kDescription);
-  verb->footer(kDetails);
+  CLI::App* verb = program.add_subcommand("export", kExportDescription);
+  verb->footer(kExportDetails);
   addExportOptions(*verb, *options);
   return {verb, [options] { return exportNetwork(*options); }};
 }

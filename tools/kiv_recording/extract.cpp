@@ -19,9 +19,10 @@ using recording::Program;
 using recording::Value;
 namespace calls = format::calls;
 
-constexpr const char* kDescription = "Write data of a recording as .npy files";
+constexpr const char* kExtractDescription =
+    "Write data of a recording as .npy files";
 
-constexpr const char* kDetails =
+constexpr const char* kExtractDetails =
     R"(Writes the data of tensors: static ones and parameters of nodes as
 OUT/GRAPH/static/TENSOR.npy, inputs of executions as
 OUT/GRAPH/EXECUTION/TENSOR.npy, and a list of them in OUT/outputs.txt, which
@@ -35,7 +36,7 @@ Example: the weights of a layer for NumPy
 Example: what did the network get the second time?
   kiv-recording extract saver_output --execution 1 -o inputs)";
 
-struct Options {
+struct ExtractOptions {
   RecordingOptions recording;
   std::string output;
   std::optional<std::string> tensor;
@@ -45,11 +46,9 @@ struct Options {
   bool isOneFile() const { return tensor && output.ends_with(".npy"); }
 };
 
-std::string orEmpty(const char* text) { return text == nullptr ? "" : text; }
-
 class Extractor {
  public:
-  explicit Extractor(const Options& options) : options_(options) {}
+  explicit Extractor(const ExtractOptions& options) : options_(options) {}
 
   int extract(const recording::Recording& recording,
               std::span<std::byte> data) {
@@ -172,7 +171,7 @@ class Extractor {
     return kDone;
   }
 
-  const Options& options_;
+  const ExtractOptions& options_;
   arrays::OutputWriter writer_;
   Answers answers_;
   std::map<std::uint64_t, std::uint64_t> executions_;
@@ -180,7 +179,7 @@ class Extractor {
   std::uint64_t written_ = 0;
 };
 
-int extract(const Options& options) {
+int extract(const ExtractOptions& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
   const auto data = DataFile::open(*recording);
@@ -191,9 +190,9 @@ int extract(const Options& options) {
 }  // namespace
 
 Verb addExtract(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("extract", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<ExtractOptions>();
+  CLI::App* verb = program.add_subcommand("extract", kExtractDescription);
+  verb->footer(kExtractDetails);
   addRecording(*verb, options->recording);
   CLI::Option_group* what = verb->add_option_group("What", "One of these");
   what->add_option("--tensor", options->tensor, "Data of the tensor NAME")

@@ -30,10 +30,10 @@ using recording::Program;
 using recording::Recording;
 using recording::Value;
 
-constexpr const char* kDescription =
+constexpr const char* kInfoDescription =
     "Show what the recording holds and what a replay needs";
 
-constexpr const char* kDetails =
+constexpr const char* kInfoDetails =
     R"(Shows what a recording holds: its files, the calls by function, graphs, nodes
 by operator, tensors by element type with the largest ones, inputs and
 outputs, and what a replay will need.
@@ -42,7 +42,7 @@ Example:
   kiv-recording info saver_output
   kiv-recording info saver_output --json | jq .graphs)";
 
-struct Options {
+struct InfoOptions {
   RecordingOptions recording;
   bool isJson = false;
 };
@@ -132,8 +132,6 @@ struct Facts {
   std::uint64_t unread = 0;
   std::uint64_t unknownStatements = 0;
 };
-
-std::string orEmpty(const char* text) { return text == nullptr ? "" : text; }
 
 const char* textArgument(const Arguments& arguments, std::string_view name) {
   const Value* value = arguments.find(name);
@@ -428,7 +426,7 @@ void showText(const Recording& recording, const Facts& facts) {
     fmt::print("  {}\n", need);
 }
 
-int info(const Options& options) {
+int info(const InfoOptions& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
   const Facts facts = Collector().collect(*recording);
@@ -442,9 +440,9 @@ int info(const Options& options) {
 }  // namespace
 
 Verb addInfo(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("info", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<InfoOptions>();
+  CLI::App* verb = program.add_subcommand("info", kInfoDescription);
+  verb->footer(kInfoDetails);
   addRecording(*verb, options->recording);
   verb->add_flag("--json", options->isJson, "Print all of it as JSON");
   return {verb, [options] { return info(*options); }};

@@ -18,9 +18,9 @@ namespace fs = std::filesystem;
 using recording::Call;
 using recording::Recording;
 
-constexpr const char* kDescription = "Make the program for a C compiler";
+constexpr const char* kPrepareDescription = "Make the program for a C compiler";
 
-constexpr const char* kDetails =
+constexpr const char* kPrepareDetails =
     R"(Makes the program for a C compiler of a recording: with an end if it was cut
 off, with the client's texts escaped, with arrays and numbers in forms that
 every compiler takes. Everything else stays as it is, line numbers included,
@@ -31,7 +31,7 @@ Example: read, change and compile a session by hand
   cc -O0 -Iinclude program.c /path/libBackend.so -o program
   cd saver_output && ../program)";
 
-struct Options {
+struct PrepareOptions {
   RecordingOptions recording;
   std::string output;
   std::string facts;
@@ -98,7 +98,7 @@ void showChanges(const Recording& recording,
     showChange(recording, changes.back());
 }
 
-int prepare(const Options& options) {
+int prepare(const PrepareOptions& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
   if (!recording->header().isWhole && missingEnd(*recording)) {
@@ -126,9 +126,9 @@ int prepare(const Options& options) {
 }  // namespace
 
 Verb addPrepare(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("prepare", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<PrepareOptions>();
+  CLI::App* verb = program.add_subcommand("prepare", kPrepareDescription);
+  verb->footer(kPrepareDetails);
   addRecording(*verb, options->recording);
   verb->add_option("-o,--output", options->output, "The program")
       ->required()

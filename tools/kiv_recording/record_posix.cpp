@@ -19,10 +19,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kDescription =
+constexpr const char* kRecordDescription =
     "Run an application and record what it asks of its backend";
 
-constexpr const char* kDetails =
+constexpr const char* kRecordDetails =
     R"(The application is not changed. Where it opens a backend by dlopen, or is linked
 with one, it gets the recorder, which executes nothing. Each process and each
 session has a directory of its own beneath that of -o. Output and exit status
@@ -32,7 +32,7 @@ Example:
   kiv-recording record -o recordings -- ./application --model net.bin
   kiv-recording info recordings/4711-0)";
 
-struct Options {
+struct RecordOptions {
   std::string output = "kiv_recordings";
   std::string backendId;
   std::string replace;
@@ -66,7 +66,7 @@ std::string patternBeneath(const fs::path& directory) {
   return pattern + "/%p-%n";
 }
 
-void setEnvironment(const Options& options, const fs::path& directory,
+void setEnvironment(const RecordOptions& options, const fs::path& directory,
                     const fs::path& saver, const fs::path& audit) {
   const auto set = [](const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);
@@ -126,7 +126,7 @@ void describe(const fs::path& directory) {
              result.recording->isComplete() ? "" : ", cut off");
 }
 
-int record(const Options& options) {
+int record(const RecordOptions& options) {
   const fs::path saver = options.saver.empty() ? find("libKivSaver.so")
                                                : fs::absolute(options.saver);
   const fs::path audit = find("libKivRecorderAudit.so");
@@ -163,9 +163,9 @@ int record(const Options& options) {
 }  // namespace
 
 Verb addRecord(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("record", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<RecordOptions>();
+  CLI::App* verb = program.add_subcommand("record", kRecordDescription);
+  verb->footer(kRecordDetails);
   verb->add_option("-o,--output", options->output,
                    "Where the recordings' directories go")
       ->capture_default_str()

@@ -28,6 +28,11 @@ void addRecording(CLI::App& verb, RecordingOptions& options,
 std::filesystem::path pathOf(const std::string& text);
 std::string textOf(const std::filesystem::path& path);
 
+// A text of the API; empty for null.
+inline std::string orEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
 // Null, with the reason on standard error, for one that cannot be read.
 std::shared_ptr<const recording::Recording> open(
     const RecordingOptions& options);

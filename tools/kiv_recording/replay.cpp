@@ -23,9 +23,9 @@ using recording::CallResult;
 using recording::Replayer;
 using recording::ReplayResult;
 
-constexpr const char* kDescription = "Make the calls again on a backend";
+constexpr const char* kReplayDescription = "Make the calls again on a backend";
 
-constexpr const char* kDetails =
+constexpr const char* kReplayDetails =
     R"(Makes the calls of a recording again on a backend, in their order and with
 their arguments, as the compiled recording does: nothing is called behind the
 first error, and a call that the backend does not support is no error. The
@@ -48,7 +48,7 @@ Example: what does each layer compute?
 Outputs are saved as DIR/GRAPH/EXECUTION/TENSOR.npy, with a list of them in
 DIR/outputs.txt.)";
 
-struct Options {
+struct ReplayOptions {
   RecordingOptions recording;
   std::string backend;
   std::string logLevel;
@@ -73,7 +73,7 @@ KivLog_Level_t levelOf(const std::string& word) {
   return KIV_LOG_LEVEL_ERROR;
 }
 
-recording::ReplayOptions replayOptions(const Options& options) {
+recording::ReplayOptions replayOptions(const ReplayOptions& options) {
   recording::ReplayOptions replay;
   if (!options.logLevel.empty()) replay.logLevel = levelOf(options.logLevel);
   replay.continueOnError = options.continueOnError;
@@ -126,7 +126,7 @@ void showProblems(const ReplayResult& result) {
   if (result.fault) fmt::print(stderr, "{}\n", toString(*result.fault));
 }
 
-bool makeOutputDirectory(const Options& options) {
+bool makeOutputDirectory(const ReplayOptions& options) {
   if (options.outputDirectory.empty()) return true;
   std::error_code error;
   std::filesystem::create_directories(pathOf(options.outputDirectory), error);
@@ -136,7 +136,7 @@ bool makeOutputDirectory(const Options& options) {
 }
 
 // Nothing is called where a tensor that was asked for cannot be an output.
-bool prepareOutputs(const Options& options,
+bool prepareOutputs(const ReplayOptions& options,
                     const recording::Recording& recording,
                     std::span<std::byte> data, OutputPlan& plan,
                     OutputKeeper& keeper) {
@@ -165,7 +165,7 @@ bool prepareOutputs(const Options& options,
   return false;
 }
 
-int replay(const Options& options) {
+int replay(const ReplayOptions& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
   const auto data = DataFile::open(*recording);
@@ -209,7 +209,7 @@ int replay(const Options& options) {
   return status == 0 && (!isWithin || !isTimeWritten) ? kDiffers : status;
 }
 
-void addOutputOptions(CLI::App& verb, Options& options) {
+void addOutputOptions(CLI::App& verb, ReplayOptions& options) {
   verb.add_option("--save-outputs", options.saveOutputs,
                   "Save each execution's outputs there, as .npy")
       ->type_name("DIR");
@@ -232,9 +232,9 @@ void addOutputOptions(CLI::App& verb, Options& options) {
 }  // namespace
 
 Verb addReplay(CLI::App& program) {
-  const auto options = std::make_shared<Options>();
-  CLI::App* verb = program.add_subcommand("replay", kDescription);
-  verb->footer(kDetails);
+  const auto options = std::make_shared<ReplayOptions>();
+  CLI::App* verb = program.add_subcommand("replay", kReplayDescription);
+  verb->footer(kReplayDetails);
   addRecording(*verb, options->recording);
   verb->add_option("-b,--backend", options->backend, "The backend's library")
       ->required()
