@@ -8,7 +8,7 @@
 namespace kiv::ort {
 namespace {
 
-constexpr auto kInvalidHandle = KIV_BACKEND_ERROR_INVALID_HANDLE;
+constexpr auto kInvalidBackend = KIV_BACKEND_ERROR_INVALID_HANDLE;
 
 void readOption(const char* option, onnx_model::Opsets& opsets) {
   if (opsets.readOption(option) != onnx_model::Opsets::Option::kMalformed)
@@ -55,7 +55,7 @@ Kiv_ErrorHandle_t backendCreate(Kiv_LogHandle_t,
 Kiv_ErrorHandle_t backendSetConfig(
     Kiv_BackendHandle_t handle, const KivBackend_Config_t** config) noexcept {
   return enter("backendSetConfig", KIV_BACKEND_ERROR_GENERAL, [&] {
-    const auto backend = require<Backend>(handle, kInvalidHandle);
+    const auto backend = require<Backend>(handle, kInvalidBackend);
     const std::scoped_lock lock(backend->mutex);
     readConfigs(config, backend->opsets);
   });
@@ -89,7 +89,7 @@ Kiv_ErrorHandle_t backendGetSupportedOperations(
     Kiv_BackendHandle_t handle, uint32_t* count,
     const KivBackend_OperationName_t** records) noexcept {
   return enter("backendGetSupportedOperations", KIV_BACKEND_ERROR_GENERAL, [&] {
-    require<Backend>(handle, kInvalidHandle);
+    require<Backend>(handle, kInvalidBackend);
     if (count != nullptr)
       *count = static_cast<std::uint32_t>(operations().size());
     if (records != nullptr) *records = operations().data();
@@ -99,7 +99,7 @@ Kiv_ErrorHandle_t backendGetSupportedOperations(
 Kiv_ErrorHandle_t backendValidateOpConfig(Kiv_BackendHandle_t handle,
                                           Kiv_OpConfig_t config) noexcept {
   return enter("backendValidateOpConfig", KIV_BACKEND_ERROR_GENERAL, [&] {
-    const auto backend = require<Backend>(handle, kInvalidHandle);
+    const auto backend = require<Backend>(handle, kInvalidBackend);
     const std::scoped_lock lock(backend->mutex);
     validateOperation(backend->opsets, config);
   });
@@ -107,7 +107,7 @@ Kiv_ErrorHandle_t backendValidateOpConfig(Kiv_BackendHandle_t handle,
 
 Kiv_ErrorHandle_t backendFree(Kiv_BackendHandle_t handle) noexcept {
   return enter("backendFree", KIV_BACKEND_ERROR_GENERAL, [&] {
-    require<Backend>(handle, kInvalidHandle);
+    require<Backend>(handle, kInvalidBackend);
     Handles<Backend>::instance().remove(handle);
   });
 }

@@ -12,11 +12,11 @@ namespace kiv::ort {
 namespace {
 
 constexpr std::string_view kMagic = "KIVORT01";
-constexpr std::size_t kAlignment = 64;
+constexpr std::size_t kPieceAlignment = 64;
 constexpr auto kMostBytes =
     static_cast<std::size_t>(std::numeric_limits<int>::max());
 
-[[noreturn]] void refuse(const std::string& why) {
+[[noreturn]] void refuseBinary(const std::string& why) {
   throw Failure(KIV_CONTEXT_ERROR_BINARY, "the binary " + why);
 }
 
@@ -75,7 +75,7 @@ void Writer::placeData() {
   std::uint64_t end = kMagic.size() + sizeof(std::uint64_t);
   for (const onnx::ModelProto& model : models_) {
     if (model.ByteSizeLong() > kMostBytes)
-      refuse("would hold a model of more than 2 GiB");
+      refuseBinary("would hold a model of more than 2 GiB");
     end += sizeof(std::uint64_t) + model.ByteSizeLong();
   }
   std::size_t index = 0;
@@ -83,7 +83,8 @@ void Writer::placeData() {
     forEachTensor(*model.mutable_graph(), [&](onnx::TensorProto& tensor, bool) {
       if (!isExternal(tensor)) return;
       Piece& piece = pieces_[index++];
-      piece.offset = (end + kAlignment - 1) / kAlignment * kAlignment;
+      piece.offset =
+          (end + kPieceAlignment - 1) / kPieceAlignment * kPieceAlignment;
       setPlace(tensor, {piece.offset, piece.from.size});
       end = piece.offset + piece.from.size;
     });
@@ -116,7 +117,7 @@ std::vector<Model> Reader::read() {
   const std::span<const std::uint8_t> magic =
       take(std::min<std::uint64_t>(kMagic.size(), binary_.size()));
   if (!std::equal(magic.begin(), magic.end(), kMagic.begin(), kMagic.end()))
-    refuse("was not written by this library");
+    refuseBinary("was not written by this library");
   const std::uint64_t count = number();
   std::vector<Model> models;
   for (std::uint64_t i = 0; i < count; ++i) models.push_back(model());
@@ -127,7 +128,7 @@ std::vector<Model> Reader::read() {
 }
 
 std::span<const std::uint8_t> Reader::take(std::uint64_t size) {
-  if (size > binary_.size() - at_) refuse("is cut");
+  if (size > binary_.size() - at_) refuseBinary("is cut");
   const auto bytes = binary_.subspan(at_, size);
   at_ += size;
   return bytes;
@@ -144,9 +145,9 @@ Model Reader::model() {
   Model model;
   if (bytes.size() > kMostBytes ||
       !model.proto.ParseFromArray(bytes.data(), static_cast<int>(bytes.size())))
-    refuse("holds something that is no model");
+    refuseBinary("holds something that is no model");
   if (model.proto.functions_size() > 0)
-    refuse("holds functions, which this library does not write");
+    refuseBinary("holds functions, which this library does not write");
   forEachTensor(*model.proto.mutable_graph(),
                 [&](const onnx::TensorProto& tensor, bool isInitializer) {
                   check(tensor, isInitializer);
@@ -158,17 +159,17 @@ void Reader::check(const onnx::TensorProto& tensor, bool isInitializer) const {
   if (!isExternal(tensor)) return;
   if (!isInitializer || !isInDataFile(tensor) ||
       onnx_model::sizeOfElement(tensor.data_type()) == 0)
-    refuse("names data that lies elsewhere");
+    refuseBinary("names data that lies elsewhere");
   const std::vector<std::int64_t> dimensions(tensor.dims().begin(),
                                              tensor.dims().end());
   if (std::any_of(dimensions.begin(), dimensions.end(),
                   [](std::int64_t size) { return size < 0; }))
-    refuse("has a tensor of a negative size");
+    refuseBinary("has a tensor of a negative size");
   const DataPlace place = placeOf(tensor);
   if (onnx_model::sizeOfData(tensor.data_type(), dimensions) != place.size ||
       place.offset > binary_.size() ||
       place.size > binary_.size() - place.offset)
-    refuse("has a tensor whose data is not there");
+    refuseBinary("has a tensor whose data is not there");
 }
 
 }  // namespace

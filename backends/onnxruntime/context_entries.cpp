@@ -19,7 +19,7 @@ namespace {
 using Size = Kiv_ContextBinarySize_t;
 using Clock = std::chrono::steady_clock;
 
-constexpr auto kInvalidHandle = KIV_CONTEXT_ERROR_INVALID_HANDLE;
+constexpr auto kInvalidContext = KIV_CONTEXT_ERROR_INVALID_HANDLE;
 
 struct Options {
   std::uint32_t queueDepth = 0;
@@ -99,7 +99,7 @@ Kiv_ErrorHandle_t contextCreate(Kiv_BackendHandle_t backend,
 Kiv_ErrorHandle_t contextSetConfig(
     Kiv_ContextHandle_t handle, const KivContext_Config_t** config) noexcept {
   return enter("contextSetConfig", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto context = require<Context>(handle, kInvalidHandle);
+    const auto context = require<Context>(handle, kInvalidContext);
     const std::scoped_lock lock(context->mutex);
     Options options;
     options.queueDepth = context->queueDepth;
@@ -123,7 +123,7 @@ Bytes binaryOf(Context& context) {
 Kiv_ErrorHandle_t contextGetBinarySize(Kiv_ContextHandle_t handle,
                                        Size* size) noexcept {
   return enter("contextGetBinarySize", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto context = require<Context>(handle, kInvalidHandle);
+    const auto context = require<Context>(handle, kInvalidContext);
     if (size == nullptr)
       refuse(KIV_CONTEXT_ERROR_INVALID_ARGUMENT, "the out-pointer is null");
     *size = binaryOf(*context).size();
@@ -133,7 +133,7 @@ Kiv_ErrorHandle_t contextGetBinarySize(Kiv_ContextHandle_t handle,
 Kiv_ErrorHandle_t contextGetBinary(Kiv_ContextHandle_t handle, void* buffer,
                                    Size bufferSize, Size* written) noexcept {
   return enter("contextGetBinary", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto context = require<Context>(handle, kInvalidHandle);
+    const auto context = require<Context>(handle, kInvalidContext);
     if (buffer == nullptr || written == nullptr)
       refuse(KIV_CONTEXT_ERROR_INVALID_ARGUMENT,
              "the buffer or the out-pointer is null");
@@ -199,14 +199,14 @@ Kiv_ErrorHandle_t contextValidateBinary(Kiv_BackendHandle_t backend,
                                         const KivContext_Config_t** config,
                                         const void* binary,
                                         Size size) noexcept {
-  return enter("contextValidateBinary", kInvalidHandle, [&] {
+  return enter("contextValidateBinary", kInvalidContext, [&] {
     Options options;
     readConfigs(config, options);
     const auto context = makeContext(backend, device);
     try {
       addGraphs(*context, readBinary(bytesOf(binary, size)), options, nullptr);
     } catch (const Failure& failure) {
-      refuse(kInvalidHandle, failure.what());
+      refuse(kInvalidContext, failure.what());
     }
   });
 }
@@ -215,7 +215,7 @@ Kiv_ErrorHandle_t contextValidateBinary(Kiv_BackendHandle_t backend,
 Kiv_ErrorHandle_t contextFree(Kiv_ContextHandle_t handle,
                               Kiv_ProfileHandle_t profileHandle) noexcept {
   return enter("contextFree", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto context = require<Context>(handle, kInvalidHandle);
+    const auto context = require<Context>(handle, kInvalidContext);
     const auto profile =
         optional<Profile>(profileHandle, KIV_PROFILE_ERROR_INVALID_HANDLE);
     if (profile != nullptr) profile->collectNodes();

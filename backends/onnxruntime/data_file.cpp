@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint64_t kAlignment = 64;
 
-[[noreturn]] void fail(const char* what) {
+[[noreturn]] void failData(const char* what) {
   throw Failure(KIV_CONTEXT_ERROR_GENERAL,
                 std::string("cannot ") + what +
                     " the data of static tensors: " + std::strerror(errno));
@@ -26,7 +26,7 @@ constexpr std::uint64_t kAlignment = 64;
 }  // namespace
 
 DataFile::DataFile() : file_(memfd_create("kiv_static_data", MFD_CLOEXEC)) {
-  if (file_ < 0) fail("keep");
+  if (file_ < 0) failData("keep");
 }
 
 DataFile::~DataFile() { close(file_); }
@@ -40,7 +40,7 @@ DataPlace DataFile::append(std::span<const std::byte> bytes) {
         pwrite(file_, bytes.data() + written, bytes.size() - written,
                static_cast<off_t>(start + written));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) fail("keep");
+    if (count < 0) failData("keep");
     written += static_cast<std::uint64_t>(count);
   }
   size_ = start + bytes.size();
@@ -50,7 +50,7 @@ DataPlace DataFile::append(std::span<const std::byte> bytes) {
 void DataFile::linkInto(const std::string& directory) const {
   const std::string target = "/proc/self/fd/" + std::to_string(file_);
   if (symlink(target.c_str(), (directory + "/" + kName).c_str()) != 0)
-    fail("link");
+    failData("link");
 }
 
 void DataFile::copyInto(const std::string& directory) const {
@@ -64,7 +64,7 @@ void DataFile::copyInto(const std::string& directory) const {
     read({at, count}, block.data());
     stream.write(block.data(), static_cast<std::streamsize>(count));
   }
-  if (!stream.flush()) fail("copy");
+  if (!stream.flush()) failData("copy");
 }
 
 void DataFile::read(const DataPlace& place, void* buffer) const {
@@ -74,7 +74,7 @@ void DataFile::read(const DataPlace& place, void* buffer) const {
         pread(file_, static_cast<std::uint8_t*>(buffer) + done,
               place.size - done, static_cast<off_t>(place.offset + done));
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) fail("read");
+    if (count <= 0) failData("read");
     done += static_cast<std::uint64_t>(count);
   }
 }

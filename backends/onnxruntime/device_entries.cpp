@@ -8,7 +8,7 @@
 namespace kiv::ort {
 namespace {
 
-constexpr auto kInvalidHandle = KIV_DEVICE_ERROR_INVALID_HANDLE;
+constexpr auto kInvalidDevice = KIV_DEVICE_ERROR_INVALID_HANDLE;
 
 // The description of the processor with its cores, which never changes.
 class Platform {
@@ -82,7 +82,7 @@ Kiv_ErrorHandle_t deviceCreate(Kiv_LogHandle_t,
 Kiv_ErrorHandle_t deviceSetConfig(Kiv_DeviceHandle_t handle,
                                   const KivDevice_Config_t** config) noexcept {
   return enter("deviceSetConfig", KIV_DEVICE_ERROR_GENERAL, [&] {
-    require<Device>(handle, kInvalidHandle);
+    require<Device>(handle, kInvalidDevice);
     readConfigs(config);
   });
 }
@@ -90,14 +90,14 @@ Kiv_ErrorHandle_t deviceSetConfig(Kiv_DeviceHandle_t handle,
 Kiv_ErrorHandle_t deviceGetInfo(
     Kiv_DeviceHandle_t handle, const KivDevice_PlatformInfo_t** info) noexcept {
   return enter("deviceGetInfo", KIV_DEVICE_ERROR_GENERAL, [&] {
-    require<Device>(handle, kInvalidHandle);
+    require<Device>(handle, kInvalidDevice);
     giveInfo(info);
   });
 }
 
 Kiv_ErrorHandle_t deviceFree(Kiv_DeviceHandle_t handle) noexcept {
   return enter("deviceFree", KIV_DEVICE_ERROR_GENERAL, [&] {
-    require<Device>(handle, kInvalidHandle);
+    require<Device>(handle, kInvalidDevice);
     Handles<Device>::instance().remove(handle);
   });
 }

@@ -21,7 +21,7 @@ std::uint64_t microseconds(Clock::duration duration) {
       std::chrono::duration_cast<std::chrono::microseconds>(duration).count());
 }
 
-[[noreturn]] void refuse(const std::string& why) {
+[[noreturn]] void refuseTensor(const std::string& why) {
   throw Failure(KIV_GRAPH_ERROR_INVALID_TENSOR, why);
 }
 
@@ -112,7 +112,7 @@ Execution::Result Execution::readResult(OrtValue* value,
                                         const std::string& what) const {
   int isTensor = 0;
   check("IsTensor", functions_.isTensor(value, &isTensor));
-  if (isTensor == 0) refuse(what + " is computed as something else");
+  if (isTensor == 0) refuseTensor(what + " is computed as something else");
   Owned<OrtTensorInfo> info(functions_.releaseTensorInfo);
   check("GetTensorTypeAndShape",
         functions_.getTensorInfo(value, info.receive()));
@@ -134,8 +134,9 @@ void Execution::copyResult(const TensorFields& fields, OrtValue* value) const {
   const std::string& what = fields.description;
   const Result result = readResult(value, what);
   if (result.onnxType != fields.onnxType) {
-    refuse(what + " is computed with elements of ONNX's type " +
-           std::to_string(result.onnxType) + ", its record names another one");
+    refuseTensor(what + " is computed with elements of ONNX's type " +
+                 std::to_string(result.onnxType) +
+                 ", its record names another one");
   }
   // The result is in memory, so its size is known.
   const std::uint64_t size =
@@ -143,9 +144,9 @@ void Execution::copyResult(const TensorFields& fields, OrtValue* value) const {
   const std::uint64_t room =
       fields.buffer.data == nullptr ? 0 : fields.buffer.dataSize;
   if (size != room) {
-    refuse(what + " is computed with the shape " + textOf(result.dimensions) +
-           ", " + std::to_string(size) + " bytes; its buffer has " +
-           std::to_string(room));
+    refuseTensor(what + " is computed with the shape " +
+                 textOf(result.dimensions) + ", " + std::to_string(size) +
+                 " bytes; its buffer has " + std::to_string(room));
   }
   if (size > 0) std::memcpy(fields.buffer.data, result.data, size);
   logResult(what, result, size);

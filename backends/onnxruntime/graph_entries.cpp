@@ -12,7 +12,7 @@
 namespace kiv::ort {
 namespace {
 
-constexpr auto kInvalidHandle = KIV_GRAPH_ERROR_INVALID_HANDLE;
+constexpr auto kInvalidGraph = KIV_GRAPH_ERROR_INVALID_HANDLE;
 
 using Clock = std::chrono::steady_clock;
 
@@ -53,7 +53,7 @@ void checkOpen(const Graph& graph) {
 std::shared_ptr<Context> requireContext(Kiv_ContextHandle_t handle) {
   if (handle == nullptr)
     refuse(KIV_CONTEXT_ERROR_INVALID_HANDLE, "the handle is null");
-  return require<Context>(handle, kInvalidHandle);
+  return require<Context>(handle, kInvalidGraph);
 }
 
 std::shared_ptr<Profile> optionalProfile(Kiv_ProfileHandle_t handle) {
@@ -83,7 +83,7 @@ Kiv_ErrorHandle_t graphCreateSubgraph(Kiv_GraphHandle_t parentHandle,
                                       const char* name,
                                       Kiv_GraphHandle_t* handle) noexcept {
   return enter("graphCreateSubgraph", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto parent = require<Graph>(parentHandle, kInvalidHandle);
+    const auto parent = require<Graph>(parentHandle, kInvalidGraph);
     checkArguments(name, handle);
     const std::scoped_lock lock(parent->context->mutex);
     checkOpen(*parent);
@@ -95,7 +95,7 @@ Kiv_ErrorHandle_t graphCreateSubgraph(Kiv_GraphHandle_t parentHandle,
 Kiv_ErrorHandle_t graphSetConfig(Kiv_GraphHandle_t handle,
                                  const KivGraph_Config_t** config) noexcept {
   return enter("graphSetConfig", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    require<Graph>(handle, kInvalidHandle);
+    require<Graph>(handle, kInvalidGraph);
     readConfigs(config);
   });
 }
@@ -103,7 +103,7 @@ Kiv_ErrorHandle_t graphSetConfig(Kiv_GraphHandle_t handle,
 Kiv_ErrorHandle_t graphAddNode(Kiv_GraphHandle_t handle,
                                Kiv_OpConfig_t config) noexcept {
   return enter("graphAddNode", KIV_BACKEND_ERROR_GENERAL, [&] {
-    const auto graph = require<Graph>(handle, kInvalidHandle);
+    const auto graph = require<Graph>(handle, kInvalidGraph);
     const std::scoped_lock lock(graph->context->mutex);
     checkOpen(*graph);
     addNode(*graph, config);
@@ -156,7 +156,7 @@ Kiv_ErrorHandle_t graphFinalize(Kiv_GraphHandle_t handle,
                                 Kiv_ProfileHandle_t profileHandle,
                                 Kiv_SignalHandle_t signal) noexcept {
   return enter("graphFinalize", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto graph = require<Graph>(handle, kInvalidHandle);
+    const auto graph = require<Graph>(handle, kInvalidGraph);
     const auto profile = optionalProfile(profileHandle);
     checkSignal(signal);
     if (graph->parent != nullptr)
@@ -214,7 +214,7 @@ Kiv_ErrorHandle_t graphExecute(Kiv_GraphHandle_t handle,
                                Kiv_ProfileHandle_t profileHandle,
                                Kiv_SignalHandle_t signal) noexcept {
   return enter("graphExecute", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto graph = require<Graph>(handle, kInvalidHandle);
+    const auto graph = require<Graph>(handle, kInvalidGraph);
     const auto profile = optionalProfile(profileHandle);
     checkSignal(signal);
     const auto results = tensors(outputs, numOutputs);
@@ -233,7 +233,7 @@ Kiv_ErrorHandle_t graphExecuteAsync(
     Kiv_ProfileHandle_t profileHandle, Kiv_SignalHandle_t signal,
     KivGraph_NotifyFn_t notify, void* argument) noexcept {
   return enter("graphExecuteAsync", KIV_CONTEXT_ERROR_GENERAL, [&] {
-    const auto graph = require<Graph>(handle, kInvalidHandle);
+    const auto graph = require<Graph>(handle, kInvalidGraph);
     const auto profile = optionalProfile(profileHandle);
     checkSignal(signal);
     const auto execution = std::make_shared<Execution>(

@@ -6,7 +6,7 @@
 namespace kiv::ort {
 namespace {
 
-constexpr auto kInvalidHandle = KIV_PROFILE_ERROR_INVALID_HANDLE;
+constexpr auto kInvalidProfile = KIV_PROFILE_ERROR_INVALID_HANDLE;
 
 std::shared_ptr<const Event> requireEvent(KivProfile_EventId_t id) {
   auto event = findEvent(id);
@@ -46,7 +46,7 @@ Kiv_ErrorHandle_t profileCreate(Kiv_BackendHandle_t backend,
 Kiv_ErrorHandle_t profileSetConfig(Kiv_ProfileHandle_t handle,
                                    const KivProfile_Config_t** list) noexcept {
   return enter("profileSetConfig", KIV_PROFILE_ERROR_GENERAL, [&] {
-    const auto profile = require<Profile>(handle, kInvalidHandle);
+    const auto profile = require<Profile>(handle, kInvalidProfile);
     forEachConfig(list, [&](const KivProfile_Config_t& config) {
       if (config.option == KIV_PROFILE_CONFIG_OPTION_MAX_EVENTS) {
         profile->setMostEvents(config.numMaxEvents);
@@ -63,7 +63,7 @@ Kiv_ErrorHandle_t profileGetEvents(Kiv_ProfileHandle_t handle,
                                    const KivProfile_EventId_t** events,
                                    uint32_t* count) noexcept {
   return enter("profileGetEvents", KIV_PROFILE_ERROR_GENERAL, [&] {
-    const auto profile = require<Profile>(handle, kInvalidHandle);
+    const auto profile = require<Profile>(handle, kInvalidProfile);
     profile->collectNodes();
     give(profile->events(), events, count);
   });
@@ -97,7 +97,7 @@ Kiv_ErrorHandle_t profileGetExtendedEventData(
 
 Kiv_ErrorHandle_t profileFree(Kiv_ProfileHandle_t handle) noexcept {
   return enter("profileFree", KIV_PROFILE_ERROR_GENERAL, [&] {
-    require<Profile>(handle, kInvalidHandle);
+    require<Profile>(handle, kInvalidProfile);
     Handles<Profile>::instance().remove(handle);
   });
 }

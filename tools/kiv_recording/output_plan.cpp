@@ -6,6 +6,7 @@
 
 #include "arrays/array.h"
 #include "kiv_recording/answers.h"
+#include "kiv_recording/recordings.h"
 
 namespace kiv::tool {
 namespace {
@@ -36,8 +37,6 @@ std::optional<std::uint64_t> sizeOf(const Kiv_Tensor_t& tensor) {
   if (!count || *count > kLargest / element->size) return std::nullopt;
   return *count * element->size;
 }
-
-std::string orEmpty(const char* text) { return text == nullptr ? "" : text; }
 
 std::uint64_t handleOf(const Arguments& arguments, std::string_view name) {
   const Value* const value = arguments.find(name);
