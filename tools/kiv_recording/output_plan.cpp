@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <numeric>
 
 #include "arrays/array.h"
@@ -240,7 +241,19 @@ class PlanMaker {
     return "";
   }
 
+  // The tensors that one reason keeps from becoming outputs.
+  struct Refused {
+    std::string first;
+    std::size_t count = 0;
+  };
+
+  static std::string refusal(const std::string& name,
+                             const std::string& reason) {
+    return "tensor \"" + name + "\" cannot become an output: " + reason;
+  }
+
   void choose(std::vector<std::string>& notes) {
+    std::map<std::string, Refused> refused;
     for (Tensor& tensor : tensors_) {
       if (!tensor.record) continue;
       const std::string reason = reasonAgainst(tensor);
@@ -249,10 +262,18 @@ class PlanMaker {
         plan_.added_.push_back({*std::move(tensor.record), tensor.call});
         continue;
       }
-      const std::string line =
-          "tensor \"" + tensor.name + "\" cannot become an output: " + reason;
-      (choice_.isAll ? notes : problems_).push_back(line);
+      if (choice_.isAll)
+        ++refused.try_emplace(reason, Refused{tensor.name, 0})
+              .first->second.count;
+      else
+        problems_.push_back(refusal(tensor.name, reason));
     }
+    for (const auto& [reason, tensors] : refused)
+      notes.push_back(tensors.count == 1
+                          ? refusal(tensors.first, reason)
+                          : std::to_string(tensors.count) +
+                                " tensors cannot become outputs, such as \"" +
+                                tensors.first + "\": " + reason);
     for (const std::string& name : choice_.names) checkName(name);
   }
 
