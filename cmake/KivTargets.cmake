@@ -7,9 +7,11 @@ function(kiv_compile_options target)
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     $<$<BOOL:${KIV_WARNINGS_AS_ERRORS}>:-Werror>)
   if(KIV_SANITIZE)
-    # gcc takes what a sanitizer adds for uses of uninitialised variables.
+    # gcc takes what a sanitizer adds for uses of uninitialised variables. Two
+    # checks of clang's need a C++ runtime, which a client in C does not have.
     target_compile_options(${target} PRIVATE
       -fsanitize=${KIV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+      $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function,vptr>
       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(${target} PRIVATE -fsanitize=${KIV_SANITIZE})
   endif()
