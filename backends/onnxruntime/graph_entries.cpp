@@ -111,7 +111,7 @@ Kiv_ErrorHandle_t graphAddNode(Kiv_GraphHandle_t handle,
 }
 
 // A network of an old operator set is rewritten if ONNX Runtime does not take
-// it as it is. Where that fails, too, the first message is the one that counts.
+// it as it is.
 std::shared_ptr<const Session> createSession(const Graph& graph, Model model,
                                              bool timesNodes) {
   const std::shared_ptr<const OrtLibrary>& library = graph.context->library;
@@ -128,10 +128,11 @@ std::shared_ptr<const Session> createSession(const Graph& graph, Model model,
       return std::make_shared<const Session>(
           library, buildRewrittenModel(graph), timesNodes);
     } catch (const std::exception& second) {
-      log(KIV_LOG_LEVEL_INFO,
-          std::string("it cannot be rewritten: ") + second.what());
+      refuse(failure.code(),
+             std::string(failure.what()) +
+                 "; it cannot be rewritten for a later operator set: " +
+                 second.what());
     }
-    throw;
   }
 }
 

@@ -3,6 +3,7 @@
 #include <onnx/version_converter/convert.h>
 
 #include <algorithm>
+#include <limits>
 #include <unordered_set>
 
 #include "external_data.h"
@@ -78,6 +79,18 @@ void restoreNames(const Values& from, Values& to) {
   }
 }
 
+// libonnx rewrites models that are whole, and these have 2 GiB at most.
+void checkSize(onnx::GraphProto& proto) {
+  constexpr auto kMostBytes =
+      static_cast<std::uint64_t>(std::numeric_limits<int>::max());
+  std::uint64_t size = 0;
+  forEachTensor(proto, [&](const onnx::TensorProto& tensor, bool) {
+    if (isExternal(tensor)) size += placeOf(tensor).size;
+  });
+  if (size > kMostBytes)
+    throw Failure(KIV_CONTEXT_ERROR_GENERAL, "it has more than 2 GiB of data");
+}
+
 }  // namespace
 
 bool isOfOldOpSet(const onnx::ModelProto& model) {
@@ -91,6 +104,7 @@ bool isOfOldOpSet(const onnx::ModelProto& model) {
 Model buildRewrittenModel(const Graph& graph) {
   Model model = buildModel(graph);
   onnx::GraphProto& original = *model.proto.mutable_graph();
+  checkSize(original);
   if (model.dataFile != nullptr) takeIn(original, *model.dataFile);
   model.dataFile = nullptr;
   addShapes(graph, original);
