@@ -136,6 +136,50 @@ TEST_F(Model, SubgraphsSeeTensorsOfTheContext) {
   EXPECT_TRUE(builder_.warnings().empty());
 }
 
+TEST_F(Model, GraphsShareTensorsOfTheContext) {
+  const GraphIndex graphs[] = {builder_.addGraph("a"), builder_.addGraph("b")};
+  const auto x = make("x", KIV_TENSOR_TYPE_INPUT);
+  const auto y = make("y", KIV_TENSOR_TYPE_OUTPUT);
+  const auto other = make("other", KIV_TENSOR_TYPE_INPUT);
+  for (const Kiv_Tensor_t& tensor : {x, y, other})
+    EXPECT_FALSE(builder_.addContextTensor(tensor));
+  for (const GraphIndex graph : graphs)
+    EXPECT_FALSE(add(graph, "Identity", {x}, {y}));
+  EXPECT_FALSE(add(graphs[0], "Identity", {other}, {}));
+  for (const GraphIndex graph : graphs) {
+    const onnx::GraphProto model = builder_.build(graph).graph();
+    EXPECT_EQ(model.input_size(), graph == graphs[0] ? 2 : 1);
+    EXPECT_EQ(model.input(0).name(), "x");
+    ASSERT_EQ(model.output_size(), 1);
+    EXPECT_EQ(builder_.idOf(model.output(0).name()), y.v1.id);
+  }
+}
+
+TEST_F(Model, SizesInLoopsStayOpen) {
+  const GraphIndex main = builder_.addGraph("main");
+  const GraphIndex body = builder_.addSubgraph(main, "body");
+  std::uint32_t one = 1;
+  auto round = make("round", KIV_TENSOR_TYPE_INPUT, KIV_DATA_TYPE_INT_64);
+  round.v1.dimensions = &one;
+  auto condition = make("go", KIV_TENSOR_TYPE_INPUT, KIV_DATA_TYPE_BOOL_8);
+  condition.v1.rank = 0;
+  const auto state = make("state", KIV_TENSOR_TYPE_INPUT);
+  const auto next = make("next", KIV_TENSOR_TYPE_OUTPUT);
+  for (const Kiv_Tensor_t& tensor : {round, condition, state, next})
+    EXPECT_FALSE(builder_.addTensor(body, tensor));
+  EXPECT_FALSE(add(main, "Loop", {}, {}, {text("body", "body")}));
+  const onnx::ModelProto model = builder_.build(main);
+  const auto& loop = model.graph().node(0).attribute(0).g();
+  const auto shapeOf = [](const onnx::ValueInfoProto& info) {
+    const auto& type = info.type().tensor_type();
+    return type.has_shape() ? type.shape().dim_size() : -1;
+  };
+  EXPECT_EQ(shapeOf(loop.input(0)), 1);
+  EXPECT_EQ(shapeOf(loop.input(1)), 0);
+  EXPECT_EQ(shapeOf(loop.input(2)), -1);
+  EXPECT_EQ(shapeOf(loop.output(0)), -1);
+}
+
 TEST_F(Model, OptionsNameTheVersionsOfOperators) {
   using Option = Opsets::Option;
   Opsets& opsets = builder_.opsets();
@@ -169,6 +213,19 @@ TEST_F(Model, WhatCannotBeInAModelIsRefused) {
       make("four", KIV_TENSOR_TYPE_INPUT, KIV_DATA_TYPE_SFIXED_POINT_4);
   EXPECT_EQ(builder_.addTensor(graph, four)->status,
             KIV_TENSOR_ERROR_UNSUPPORTED_DATA_TYPE);
+  tensor = make("open", KIV_TENSOR_TYPE_INPUT);
+  tensor.v1.dimensions = nullptr;
+  EXPECT_EQ(builder_.addTensor(graph, tensor)->status,
+            KIV_GRAPH_ERROR_INVALID_TENSOR);
+  EXPECT_EQ(
+      add(graph, "LSTM", {}, {}, {text("activations_1", "Tanh")})->message,
+      "node LSTM (LSTM): parameter activations_1 is out of order");
+  Kiv_OpConfig_t node = emptyOpConfig("n");
+  node.v1.typeName = "Identity";
+  node.v1.numInputs = 1;
+  node.v1.inputTensors = nullptr;
+  EXPECT_EQ(builder_.addNode(graph, node)->status,
+            KIV_BACKEND_ERROR_INVALID_ARGUMENT);
   EXPECT_NE(add(graph, "Identity", {make("x", KIV_TENSOR_TYPE_INPUT)}, {})
                 ->message.find("created neither"),
             std::string::npos);
