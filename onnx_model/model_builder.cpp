@@ -193,15 +193,15 @@ std::optional<GraphIndex> ModelBuilder::childOf(GraphIndex graph,
   return std::nullopt;
 }
 
-// Sizes in a subgraph may change from one round of a loop to the next, and
-// those that are not known look like a single value's, so they are left out.
+// In a subgraph a shape that is not known looks like that of a single value.
 void ModelBuilder::fillGraph(GraphIndex index, const ValuesByHome& values,
                              onnx::GraphProto& proto) const {
   proto.set_name(graphs_[index].name);
-  const bool hasShapes = !graphs_[index].parent;
-  const auto add = [hasShapes](const Value& value, onnx::ValueInfoProto& info) {
+  const bool isMain = !graphs_[index].parent;
+  const auto add = [isMain](const Value& value, onnx::ValueInfoProto& info) {
     info = value.info;
-    if (!hasShapes) info.mutable_type()->mutable_tensor_type()->clear_shape();
+    auto& type = *info.mutable_type()->mutable_tensor_type();
+    if (!isMain && type.shape().dim_size() == 0) type.clear_shape();
   };
   if (const auto own = values.find(index); own != values.end()) {
     for (const Value* value : own->second) {
@@ -230,17 +230,15 @@ void ModelBuilder::fillSubgraphs(GraphIndex index, const ValuesByHome& values,
   }
 }
 
-// Programs that run models take a loop's number of the round and its condition
-// for scalars where they have no shape; with a dimension they have one element.
-void ModelBuilder::shapeLoopInputs(onnx::GraphProto& body) const {
+// The number of a loop's round and its condition are scalars where no dimension
+// is recorded, which programs that run models want to know.
+void ModelBuilder::shapeLoopInputs(onnx::GraphProto& body) {
   constexpr int kCount = 2;
-  for (int i = 0; i < std::min(kCount, body.input_size()); ++i) {
-    onnx::ValueInfoProto& input = *body.mutable_input(i);
-    const Value& value = *valuesById_.at(*idOf(input.name()));
-    auto& shape = *input.mutable_type()->mutable_tensor_type()->mutable_shape();
-    if (value.info.type().tensor_type().shape().dim_size() > 0)
-      shape.add_dim()->set_dim_value(1);
-  }
+  for (int i = 0; i < std::min(kCount, body.input_size()); ++i)
+    body.mutable_input(i)
+        ->mutable_type()
+        ->mutable_tensor_type()
+        ->mutable_shape();
 }
 
 std::vector<onnx::ValueInfoProto> ModelBuilder::intermediatesOf(

@@ -115,7 +115,7 @@ class ModelBuilder {
                  onnx::GraphProto& proto) const;
   void fillSubgraphs(GraphIndex index, const ValuesByHome& values,
                      onnx::NodeProto& node) const;
-  void shapeLoopInputs(onnx::GraphProto& body) const;
+  static void shapeLoopInputs(onnx::GraphProto& body);
 
   DataSink sink_;
   std::vector<Graph> graphs_;

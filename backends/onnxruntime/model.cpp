@@ -20,6 +20,41 @@ void clearShapes(Values& values) {
     value.mutable_type()->mutable_tensor_type()->clear_shape();
 }
 
+// ONNX Runtime wants to know that a loop's number of the round and condition
+// have one element where they are no scalars.
+void shapeLoopInput(onnx::TypeProto::Tensor& type) {
+  for (auto& dimension : *type.mutable_shape()->mutable_dim())
+    dimension.set_dim_value(1);
+}
+
+// Sizes in a subgraph may change from one round of a loop to the next.
+void clearShapesBelow(onnx::GraphProto& graph);
+
+void clearShapesOf(onnx::GraphProto& subgraph, bool isLoop) {
+  constexpr int kLoopInputs = 2;
+  for (int i = 0; i < subgraph.input_size(); ++i) {
+    auto& type =
+        *subgraph.mutable_input(i)->mutable_type()->mutable_tensor_type();
+    if (isLoop && i < kLoopInputs)
+      shapeLoopInput(type);
+    else
+      type.clear_shape();
+  }
+  clearShapes(*subgraph.mutable_output());
+  clearShapesBelow(subgraph);
+}
+
+void clearShapesBelow(onnx::GraphProto& graph) {
+  for (onnx::NodeProto& node : *graph.mutable_node()) {
+    for (onnx::AttributeProto& attribute : *node.mutable_attribute()) {
+      if (attribute.has_g())
+        clearShapesOf(*attribute.mutable_g(), node.op_type() == "Loop");
+      for (onnx::GraphProto& subgraph : *attribute.mutable_graphs())
+        clearShapesOf(subgraph, false);
+    }
+  }
+}
+
 bool hasExternalData(onnx::GraphProto& graph) {
   bool has = false;
   forEachTensor(graph, [&](const onnx::TensorProto& tensor, bool) {
@@ -39,6 +74,7 @@ Model buildModel(const Graph& graph) {
   addIds(context.builder, proto.input(), model);
   addIds(context.builder, proto.output(), model);
   clearShapes(*proto.mutable_output());
+  clearShapesBelow(proto);
   if (hasExternalData(proto)) model.dataFile = context.dataFile;
   return model;
 }

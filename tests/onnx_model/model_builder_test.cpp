@@ -155,31 +155,6 @@ TEST_F(Model, GraphsShareTensorsOfTheContext) {
   }
 }
 
-TEST_F(Model, SizesInLoopsStayOpen) {
-  const GraphIndex main = builder_.addGraph("main");
-  const GraphIndex body = builder_.addSubgraph(main, "body");
-  std::uint32_t one = 1;
-  auto round = make("round", KIV_TENSOR_TYPE_INPUT, KIV_DATA_TYPE_INT_64);
-  round.v1.dimensions = &one;
-  auto condition = make("go", KIV_TENSOR_TYPE_INPUT, KIV_DATA_TYPE_BOOL_8);
-  condition.v1.rank = 0;
-  const auto state = make("state", KIV_TENSOR_TYPE_INPUT);
-  const auto next = make("next", KIV_TENSOR_TYPE_OUTPUT);
-  for (const Kiv_Tensor_t& tensor : {round, condition, state, next})
-    EXPECT_FALSE(builder_.addTensor(body, tensor));
-  EXPECT_FALSE(add(main, "Loop", {}, {}, {text("body", "body")}));
-  const onnx::ModelProto model = builder_.build(main);
-  const auto& loop = model.graph().node(0).attribute(0).g();
-  const auto shapeOf = [](const onnx::ValueInfoProto& info) {
-    const auto& type = info.type().tensor_type();
-    return type.has_shape() ? type.shape().dim_size() : -1;
-  };
-  EXPECT_EQ(shapeOf(loop.input(0)), 1);
-  EXPECT_EQ(shapeOf(loop.input(1)), 0);
-  EXPECT_EQ(shapeOf(loop.input(2)), -1);
-  EXPECT_EQ(shapeOf(loop.output(0)), -1);
-}
-
 TEST_F(Model, OptionsNameTheVersionsOfOperators) {
   using Option = Opsets::Option;
   Opsets& opsets = builder_.opsets();
