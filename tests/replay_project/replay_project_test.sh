@@ -126,7 +126,7 @@ sed -e 's/$/\r/; s/^   /\t/' -e "s/fclose(fp)) error = -1;/&\
   puts(\"changed\");/" "$sample/saver_output.c" >"a recording/saver_output.c"
 expect_status 0 cmake --build build
 expect_in_output "11 calls, nothing changed"
-cmp build/program/recorded_program.c "a recording/saver_output.c" ||
+cmp build/replay_program/recorded_program.c "a recording/saver_output.c" ||
   fail "the changed program was changed again"
 expect_status 0 build/replay
 expect_in_output "$calls changed"
@@ -172,8 +172,8 @@ expect_refused 'holds no model file third.c' \
 expect_refused 'holds no model file' -DRECORDING=empty -DBACKEND="$backend"
 expect_refused "there is no directory $work/nowhere" \
   -DRECORDING=nowhere -DBACKEND="$backend"
-expect_refused 'with -DRECORDING' -DBACKEND="$backend"
-expect_refused 'with -DBACKEND' -DRECORDING=other
+expect_refused 'with RECORDING' -DBACKEND="$backend"
+expect_refused 'with BACKEND' -DRECORDING=other
 expect_refused "there is no file $work/libNothing.so" \
   -DRECORDING=other -DBACKEND=libNothing.so
 configure named -DMODEL_FILE=second.c >configure.txt
