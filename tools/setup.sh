@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  g++ clang cmake ninja-build binutils git systemtap-sdt-dev
+  g++ clang cmake ninja-build binutils git systemtap-sdt-dev pkg-config
   libgtest-dev libgmock-dev valgrind
   libcli11-dev libfmt-dev nlohmann-json3-dev help2man
   libonnx-dev libprotobuf-dev protobuf-compiler libonnx-testdata

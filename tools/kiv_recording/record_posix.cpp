@@ -40,13 +40,16 @@ struct RecordOptions {
   std::vector<std::string> command;
 };
 
-// Beside this program as it is installed, or in the tree it was built in.
+// A library that is installed with this program, wherever their prefix is now,
+// or that was built with it.
 fs::path find(const char* name) {
   std::error_code error;
   const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  const fs::path top = program.parent_path().parent_path();
-  for (const char* folder : {KIV_LIBRARY_FOLDER, "lib", "src", "bin"})
-    if (fs::exists(top / folder / name, error)) return top / folder / name;
+  for (const char* folder : {KIV_LIBRARY_FOLDER, "../lib", "../src"}) {
+    const fs::path path =
+        (program.parent_path() / folder / name).lexically_normal();
+    if (fs::exists(path, error)) return path;
+  }
   return {};
 }
 
