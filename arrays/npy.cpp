@@ -236,7 +236,7 @@ std::string npyHeader(const Element& element, const Shape& shape) {
   text += "', 'fortran_order': False, 'shape': (";
   for (const std::uint64_t size : shape) text += std::to_string(size) + ", ";
   // One dimension keeps its comma: (3,).
-  if (!shape.empty()) text.resize(text.size() - (shape.size() == 1 ? 1 : 2));
+  if (!shape.empty()) text.erase(text.size() - (shape.size() == 1 ? 1 : 2));
   text += "), }";
   const bool isShort = text.size() < 0xff00;
   const std::size_t begin = isShort ? 10 : 12;

@@ -7,7 +7,10 @@ namespace {
 
 constexpr std::size_t kOctalDigits = 3;
 
-constexpr bool isControl(char c) { return (c >= 0 && c < ' ') || c == '\x7f'; }
+constexpr bool isControl(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 0x20 || byte == 0x7f;
+}
 constexpr bool isOctal(char c) { return c >= '0' && c <= '7'; }
 
 // Three digits always, so that a digit behind is not taken for a fourth.
