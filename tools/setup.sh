@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
+# tools/setup.sh [aarch64]
+#
 # Installs what the build, the tests and the demo need and what is missing, and
 # brings ONNX Runtime into the user's cache. Runs nothing else when all is there.
+# With aarch64 also what the preset of that name needs.
 set -euo pipefail
 
 packages=(
-  g++ clang cmake ninja-build binutils git systemtap-sdt-dev pkg-config
+  g++ clang cmake ninja-build binutils git systemtap-sdt-dev pkgconf dpkg-dev file
   libgtest-dev libgmock-dev valgrind
   libcli11-dev libfmt-dev nlohmann-json3-dev help2man
   libonnx-dev libprotobuf-dev protobuf-compiler libonnx-testdata
@@ -12,6 +15,14 @@ packages=(
   clang-format clang-tidy
   g++-mingw-w64-x86-64-posix googletest wine wine64
 )
+case $* in
+  '') ;;
+  aarch64) packages+=(g++-aarch64-linux-gnu qemu-user) ;;
+  *)
+    echo "setup.sh: there is nothing for '$*'; aarch64 is the only word" >&2
+    exit 2
+    ;;
+esac
 
 # ONNX Runtime executes networks for the backend in backends/onnxruntime. Its
 # package for Node.js holds the library for several systems.
