@@ -12,10 +12,10 @@
 # is 0 if none is wrong.
 
 # Runs the function for one network, on its own, and keeps what it printed.
-one_network() { # FUNCTION RESULTS NETWORK
+one_network() { # FUNCTION RESULTS NETWORKS NETWORK
   local status=0 name
-  name=$(tr / _ <<<"$3")
-  "$1" "$3" >"$2/$name" 2>&1 || status=$?
+  name=$(tr / _ <<<"${4#"$3"/}")
+  "$1" "$4" >"$2/$name" 2>&1 || status=$?
   echo "$status" >"$2/$name.status"
 }
 
@@ -24,7 +24,7 @@ all_networks() { # FUNCTION WORD NETWORKS
   results=$(mktemp -d)
   export -f one_network "${1?}"
   find "$3" -name '*.onnx' -print0 | sort -z |
-    xargs -0 -P "$(nproc)" -I{} bash -c 'one_network "$@"' _ "$1" "$results" {}
+    xargs -0 -P "$(nproc)" -I{} bash -c 'one_network "$@"' _ "$1" "$results" "$3" {}
   good=$(cat "$results"/*.status | grep -cx 0 || true)
   refused=$(cat "$results"/*.status | grep -cx 77 || true)
   outside=$(cat "$results"/*.status | grep -cx 2 || true)
