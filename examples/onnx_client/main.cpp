@@ -40,10 +40,11 @@ void printSummary(const Network& network, const Totals& totals,
             << '\n';
 }
 
-// Notes are printed last, so that a failure is reported in one line.
-void printNotes(const std::vector<std::string>& notes) {
+// Notes are printed at once: a library may not survive sizes that nobody gave.
+void printNotes(std::vector<std::string>& notes) {
   for (const std::string& note : notes)
     std::cerr << "onnx_client: " << note << '\n';
+  notes.clear();
 }
 
 // The library is unloaded last, which ends what it records. False where outputs
@@ -53,12 +54,13 @@ bool run(const Options& options) {
   Execution execution(network, options.inputs, options.seed);
   const Library library(options.backend);
   applyRecordingOptions(library, options.recording, network.notes);
+  printNotes(network.notes);
   Session session(library.api(), options);
   session.open(network);
+  printNotes(network.notes);
   Results results(options.results, network.graph.name);
   session.execute(execution, results);
   session.close();
-  printNotes(network.notes);
   printSummary(network, session.totals(), options.executions);
   const bool isRecorder = library.saverInitialize() != nullptr;
   if (!isRecorder && options.executions > 0) Results::show(execution.outputs());
