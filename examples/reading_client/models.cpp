@@ -39,8 +39,9 @@ Network makeDetector(const Session& session, std::size_t width,
   const Sizes sizes = {1, 1, size(height), size(width)};
   Network network(session, "detector");
   const Value page = network.input("page", sizes);
-  const Value kernel = network.weight("kernel", {1, 1, kKernelY, kKernelX},
-                                      Floats(kKernelY * kKernelX, kSteepness));
+  const Value kernel =
+      network.weight("kernel", {1, 1, kKernelY, kKernelX},
+                     Floats(std::size_t{kKernelY} * kKernelX, kSteepness));
   const Value bias = network.weight("bias", {1}, {-kSteepness / 2});
   const Value near =
       network.node("Conv", {page, kernel, bias}, "near", sizes,

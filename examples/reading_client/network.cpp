@@ -34,6 +34,7 @@ Kiv_Tensor_t recordOf(const Value& value, const void* data = nullptr,
 
 std::vector<Kiv_Tensor_t> recordsOf(const std::vector<Value>& values) {
   std::vector<Kiv_Tensor_t> records;
+  records.reserve(values.size());
   for (const Value& value : values) records.push_back(recordOf(value));
   return records;
 }
@@ -41,6 +42,7 @@ std::vector<Kiv_Tensor_t> recordsOf(const std::vector<Value>& values) {
 std::vector<Kiv_Tensor_t> recordsOf(const std::vector<Value>& values,
                                     std::vector<Floats>& data) {
   std::vector<Kiv_Tensor_t> records;
+  records.reserve(values.size());
   for (std::size_t i = 0; i < values.size(); ++i)
     records.push_back(
         recordOf(values[i], data.at(i).data(), data[i].size() * sizeof(float)));
@@ -134,6 +136,7 @@ void Network::add(const char* type, const std::vector<Value>& inputs,
   Kiv_Tensor_t result = recordOf(output);
   std::vector<Value> lists(attributes.size());
   std::vector<Kiv_Param_t> params;
+  params.reserve(attributes.size());
   for (std::size_t i = 0; i < attributes.size(); ++i)
     params.push_back(paramOf(attributes[i], lists[i]));
   Kiv_OpConfig_t config{};
@@ -156,6 +159,7 @@ void Network::finalize() {
 
 std::vector<Floats> Network::execute(std::vector<Floats> inputs) const {
   std::vector<Floats> outputs;
+  outputs.reserve(outputs_.size());
   for (const Value& output : outputs_)
     outputs.emplace_back(countOf(output.sizes));
   const std::vector<Kiv_Tensor_t> in = recordsOf(inputs_, inputs);
