@@ -1,7 +1,8 @@
 #pragma once
 
-// The objects behind the handles. A context's mutex guards the context, its graphs and
-// tensors; a backend's its options. A session runs on any number of threads.
+// The objects behind the handles. A context's mutex guards the context, its
+// graphs and tensors; a backend's its options. A session runs on any number of
+// threads.
 
 #include <memory>
 #include <mutex>
