@@ -6,6 +6,7 @@
 
 #include "diagnostics/standard_error.h"
 #include "format/frame.h"
+#include "output/call_watch.h"
 
 namespace kiv::output {
 namespace {
@@ -200,7 +201,7 @@ Status OutputFiles::append(std::span<const DataRun> runs, std::string_view text,
   if (messages.add(model_.writeString(text))) return failures.text;
   undoData.keep();
   undoModel.keep();
-  ++calls_;
+  noteRecordedCall(programNumber_, ++calls_);
   return Status::kOk;
 }
 

@@ -58,6 +58,19 @@ std::optional<Status> Session::configure(const output::OutputChanges& changes,
   return files_.switchTo(std::move(settings), messages);
 }
 
+std::pair<output::OutputSettings, std::uint32_t> Session::program() {
+  const std::lock_guard lock(startMutex_);
+  return {files_.settings(), files_.programNumber()};
+}
+
+void Session::suggestBackendId(std::uint32_t id) {
+  const std::lock_guard lock(startMutex_);
+  if (started_ || given_.backendId) return;
+  output::OutputSettings settings = files_.settings();
+  settings.backendId = id;
+  files_.adopt(std::move(settings));
+}
+
 template <typename Object>
 Handle Session::newObject(Registry<Object>& registry, std::string_view prefix,
                           Family family) noexcept {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "output/output_files.h"
 #include "session/code_streams.h"
@@ -34,6 +35,13 @@ class Session {
   // is still `expectStarted`: what may be changed depends on it.
   std::optional<Status> configure(const output::OutputChanges& changes,
                                   bool expectStarted);
+
+  // Where the program that is written now goes, and its number.
+  std::pair<output::OutputSettings, std::uint32_t> program();
+
+  // Takes the id for that of the backend that the recording is for, unless the
+  // client or the environment names one or the session has started.
+  void suggestBackendId(std::uint32_t id);
 
   // New objects under the next variable of their kind ("context_0",
   // "context_1", ...); 0 when there is no memory for one.

@@ -62,13 +62,24 @@ TensorRegistry::Added TensorRegistry::add(
   return Added::kYes;
 }
 
+void TensorRegistry::setClientId(std::uint32_t clientId, std::uint32_t id) {
+  const std::lock_guard lock(lock_);
+  clientIds_[clientId] = id;
+}
+
+std::uint32_t TensorRegistry::idOfClients(std::uint32_t clientId) const {
+  if (clientIds_.empty()) return clientId;
+  const auto found = clientIds_.find(clientId);
+  return found == clientIds_.end() ? clientId : found->second;
+}
+
 // Registries may be nested deeply, so neither the search nor the end recurses.
 std::optional<TensorRegistry::Use> TensorRegistry::use(
     std::uint32_t id, std::uint32_t programNumber) const {
   for (const TensorRegistry* registry = this; registry != nullptr;
        registry = registry->outer_.get()) {
     const std::lock_guard lock(registry->lock_);
-    Row* row = registry->find(id);
+    Row* row = registry->find(registry->idOfClients(id));
     if (row == nullptr) continue;
     if (row->number == kNotRecorded) return std::nullopt;
     const std::uint32_t before = std::exchange(row->lastUsedIn, programNumber);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "diagnostics/spin_lock.h"
@@ -62,6 +63,11 @@ class TensorRegistry {
   Added add(const Room& room, std::uint32_t id, std::string_view clientName,
             std::optional<Creation> creation) noexcept;
 
+  // Has a tensor of this registry found by the id that the client knows it by,
+  // where another library has given that; kNoTensor for one that is not here.
+  static constexpr std::uint32_t kNoTensor = 0;
+  void setClientId(std::uint32_t clientId, std::uint32_t id);
+
   // The tensor of that id, here or further out; nothing when there is none.
   std::optional<Use> use(std::uint32_t id, std::uint32_t programNumber) const;
 
@@ -76,6 +82,7 @@ class TensorRegistry {
   static constexpr std::uint32_t kNotRecorded = 0xFFFFFFFF;
 
   Row* find(std::uint32_t id) const;
+  std::uint32_t idOfClients(std::uint32_t clientId) const;
 
   const std::string ownerVariable_;
   // Changed at the end only.
@@ -87,6 +94,8 @@ class TensorRegistry {
   mutable std::vector<Row> rows_;
   // How many rows are promised.
   std::size_t promised_ = 0;
+  // Empty where clients know tensors by the ids of this library.
+  std::unordered_map<std::uint32_t, std::uint32_t> clientIds_;
 };
 
 }  // namespace kiv::session
