@@ -41,6 +41,21 @@ constexpr std::array<Row, 20> kRows = {{
     {KIV_DATA_TYPE_BOOL_8, {'b', 1}},
 }};
 
+// An enum of a client's record may hold any number.
+template <typename Enum>
+std::uint32_t numberOf(const Enum& value) {
+  static_assert(sizeof(Enum) == sizeof(std::uint32_t));
+  std::uint32_t number = 0;
+  std::memcpy(&number, &value, sizeof(number));
+  return number;
+}
+
+std::optional<Element> elementOfNumber(std::uint32_t type) {
+  for (const Row& row : kRows)
+    if (numberOf(row.type) == type) return row.element;
+  return std::nullopt;
+}
+
 double halfValue(std::uint16_t bits) {
   const int exponent = (bits >> 10) & 0x1f;
   const int fraction = bits & 0x3ff;
@@ -108,9 +123,7 @@ std::string toString(const Element& element) {
 }
 
 std::optional<Element> elementOf(Kiv_DataType_t type) {
-  const auto found = std::ranges::find(kRows, type, &Row::type);
-  if (found == kRows.end()) return std::nullopt;
-  return found->element;
+  return elementOfNumber(numberOf(type));
 }
 
 bool fits(const Element& element, Kiv_DataType_t type) {
@@ -166,12 +179,12 @@ std::string textAt(const ArrayView& array, std::uint64_t index) {
 
 std::optional<ArrayView> viewOf(const Kiv_Tensor_t& tensor, std::string& why) {
   const Kiv_TensorV1_t& record = tensor.v1;
-  const auto element = elementOf(record.dataType);
+  const auto element = elementOfNumber(numberOf(record.dataType));
   if (!element) {
     why = "its element type is not one of numbers";
     return std::nullopt;
   }
-  if (record.memType != KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER) {
+  if (numberOf(record.memType) != KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER) {
     why = "it is not in memory of the client";
     return std::nullopt;
   }
