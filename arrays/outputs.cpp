@@ -242,7 +242,7 @@ Difference OutputComparison::compareWith(const std::string& path,
                                          const ArrayView& actual) {
   compared_.insert(path);
   if (std::ranges::find(list_, path) == list_.end())
-    return {path, "there is none in " + textOf(directory_), {}};
+    return {path, "there is none in " + textOf(directory_), {}, true};
   std::string why;
   const auto expected = readNpy(directory_ / path, why);
   if (!expected) return {path, textOf(directory_ / path) + ": " + why, {}};

@@ -70,6 +70,8 @@ struct Difference {
   // Set where there is nothing to compare with, or it cannot be read.
   std::string problem;
   Figures figures;
+  // There is no saved output of that path.
+  bool isUnknown = false;
 
   bool isOver() const { return !problem.empty() || figures.isOver(); }
 };

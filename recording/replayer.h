@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,6 +23,9 @@ struct ReplayOptions {
   std::optional<KivLog_Level_t> logLevel;
   // Goes on behind errors of calls, as the compiled program does not.
   bool continueOnError = false;
+  // Codes with which calls failed when they were recorded, by their indices: a
+  // call that fails with its code again is no error.
+  std::map<std::size_t, Kiv_ErrorHandle_t> expectedCodes;
   // How often each graphExecute is made, and how often before that.
   std::uint32_t repeat = 1;
   std::uint32_t warmup = 0;
@@ -79,6 +83,8 @@ struct ReplayResult {
   std::uint64_t callsFailed = 0;
   // Calls that the backend does not support.
   std::uint64_t callsNotSupported = 0;
+  // Calls that failed as they did when they were recorded.
+  std::uint64_t callsFailedAgain = 0;
   // At most 100.
   std::vector<CallFailure> failures;
   // Faults of the recording that came up on the way, or files that could not be

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Records applications as they are, and replays what was recorded.
 #
-#   record_test.sh KIV_RECORDING SAVER TRACER APPLICATION LINKED_APPLICATION
+#   record_test.sh KIV_RECORDING SAVER TRACER APPLICATION LINKED_APPLICATION RELAY
 set -euo pipefail
 
-recording=$1 saver=$2 tracer=$3 application=$4 linked=$5
+recording=$1 saver=$2 tracer=$3 application=$4 linked=$5 relay=$6
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -41,6 +41,20 @@ grep -q 'Nothing was recorded: .* named libNo\*.so' errors ||
   fail "nothing, and no word of it"
 record 0 linked -- "$linked"
 [ "$(grep -c ': 1 call, ' errors)" -eq 1 ] || fail "a linked backend"
+
+# Beside the backend that it opens, or another one, which gets the calls.
+for real in "$tracer" "$work/named.so"; do
+  cp "$tracer" named.so
+  KIV_TRACER_OUTPUT=$work/calls KIV_RELAY_KEEP_OUTPUTS=1 record 5 "beside$real" \
+    --beside "$real" --saver "$relay" -- "$application" "$tracer"
+  [ "$(grep -c ': 2 calls, 0 bytes of data$' errors)" -eq 10 ] ||
+    fail "ten recordings beside $real"
+  [ "$(wc -l <calls)" -eq 2 ] || fail "no calls on $real"
+done
+record 0 linked_beside --beside "$tracer" -- "$linked"
+grep -q KIV_TRACER linked_beside/*/answers.json || fail "no answers"
+record 2 nothing --beside ./no.so -- "$application" "$tracer"
+grep -q 'no.so: there is no such file' errors || fail "no such backend"
 
 # How the application ends.
 # shellcheck disable=SC2016  # the application's own shell

@@ -28,15 +28,25 @@ with one, it gets the recorder, which executes nothing. Each process and each
 session has a directory of its own beneath that of -o. Output and exit status
 are the application's; what was recorded is said on standard error at the end.
 
+With --beside the calls go on to the real backend, whose answers and outputs the
+application gets: for one that looks at results. Each recording then has a list
+of what the backend refused, and with KIV_RELAY_KEEP_OUTPUTS=1 its outputs.
+
 Example:
   kiv-recording record -o recordings -- ./application --model net.bin
-  kiv-recording info recordings/4711-0)";
+  kiv-recording info recordings/4711-0
+
+Example: an application that looks at results
+  KIV_RELAY_KEEP_OUTPUTS=1 kiv-recording record --beside ./libBackend.so -- ./app
+  kiv-recording replay kiv_recordings/4711-0 -b ./libBackend.so --compare)";
 
 struct RecordOptions {
   std::string output = "kiv_recordings";
   std::string backendId;
   std::string replace;
   std::string saver;
+  // The real backend, whose answers the application gets.
+  std::string beside;
   std::vector<std::string> command;
 };
 
@@ -69,6 +79,14 @@ std::string patternBeneath(const fs::path& directory) {
   return pattern + "/%p-%n";
 }
 
+// The path of the real backend in a form that no application uses: the loader
+// knows the recorder by the name that the application gave, and would take that
+// name for the recorder again.
+std::string unusualPathOf(const std::string& library) {
+  const fs::path path = fs::absolute(library);
+  return (path.parent_path() / "." / path.filename()).string();
+}
+
 void setEnvironment(const RecordOptions& options, const fs::path& directory,
                     const fs::path& saver, const fs::path& audit) {
   const auto set = [](const char* name, const std::string& value) {
@@ -83,6 +101,8 @@ void setEnvironment(const RecordOptions& options, const fs::path& directory,
   if (!options.backendId.empty())
     set("KIV_SAVER_BACKEND_ID", options.backendId);
   if (!options.replace.empty()) set("KIV_RECORD_REPLACE", options.replace);
+  if (!options.beside.empty())
+    set("KIV_RELAY_BACKEND", unusualPathOf(options.beside));
 }
 
 // The application's exit status, or 128 and its signal, as a shell has it. A
@@ -130,13 +150,19 @@ void describe(const fs::path& directory) {
 }
 
 int record(const RecordOptions& options) {
-  const fs::path saver = options.saver.empty() ? find("libKivSaver.so")
-                                               : fs::absolute(options.saver);
+  const char* const library =
+      options.beside.empty() ? "libKivSaver.so" : "libKivRelay.so";
+  const fs::path saver =
+      options.saver.empty() ? find(library) : fs::absolute(options.saver);
   const fs::path audit = find("libKivRecorderAudit.so");
   std::error_code error;
   if (!fs::exists(saver, error) || audit.empty()) {
     fmt::print(stderr, "{} is not there; name the recorder with --saver LIB\n",
-               audit.empty() ? "libKivRecorderAudit.so" : "libKivSaver.so");
+               audit.empty() ? "libKivRecorderAudit.so" : library);
+    return kUnreadable;
+  }
+  if (!options.beside.empty() && !fs::exists(options.beside, error)) {
+    fmt::print(stderr, "--beside: {}: there is no such file\n", options.beside);
     return kUnreadable;
   }
   const fs::path directory = fs::absolute(options.output);
@@ -181,6 +207,10 @@ Verb addRecord(CLI::App& program) {
                    "The backend's file name, or a pattern as libVendor*.so; "
                    "else any library that exports KivInterface_getProviders")
       ->type_name("NAME");
+  verb->add_option("--beside", options->beside,
+                   "The real backend, which gets the calls, too, and gives the "
+                   "application its answers")
+      ->type_name("LIB");
   verb->add_option("--saver", options->saver,
                    "The recorder; else the one that was installed with this "
                    "program")

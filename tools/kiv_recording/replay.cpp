@@ -10,6 +10,7 @@
 #include "kiv_recording/output_keeper.h"
 #include "kiv_recording/progress.h"
 #include "kiv_recording/recordings.h"
+#include "kiv_recording/relay_answers.h"
 #include "kiv_recording/times.h"
 #include "kiv_recording/verbs.h"
 #include "recording/replayer.h"
@@ -42,6 +43,10 @@ Example: does another backend give the same outputs?
   kiv-recording replay saver_output -b ./libA.so --save-outputs a
   kiv-recording replay saver_output -b ./libB.so --compare a --rtol 1e-3
 
+Of a session that was recorded beside its real backend, calls that it refused may
+be refused again, and --compare without a directory compares with the outputs
+that were kept.
+
 Example: what does each layer compute?
   kiv-recording replay saver_output -b ./libA.so --outputs all --save-outputs a
 
@@ -58,11 +63,14 @@ struct ReplayOptions {
   std::string outputDirectory;
   std::string saveOutputs;
   std::string compare;
+  bool comparesKept = false;
   arrays::Tolerance tolerance;
   std::vector<std::string> outputs;
   std::string timeFile;
 
-  bool keepsOutputs() const { return !saveOutputs.empty() || !compare.empty(); }
+  bool keepsOutputs() const {
+    return !saveOutputs.empty() || !compare.empty() || comparesKept;
+  }
 };
 
 KivLog_Level_t levelOf(const std::string& word) {
@@ -73,8 +81,10 @@ KivLog_Level_t levelOf(const std::string& word) {
   return KIV_LOG_LEVEL_ERROR;
 }
 
-recording::ReplayOptions replayOptions(const ReplayOptions& options) {
+recording::ReplayOptions replayOptions(
+    const ReplayOptions& options, const std::optional<RelayAnswers>& answers) {
   recording::ReplayOptions replay;
+  if (answers) replay.expectedCodes = answers->codesByIndex();
   if (!options.logLevel.empty()) replay.logLevel = levelOf(options.logLevel);
   replay.continueOnError = options.continueOnError;
   replay.repeat = options.repeat;
@@ -122,6 +132,9 @@ void showProblems(const ReplayResult& result) {
   if (result.callsFailed > result.failures.size())
     fmt::print(stderr, "{} more calls failed\n",
                result.callsFailed - result.failures.size());
+  if (result.callsFailedAgain != 0)
+    fmt::print(stderr, "{} calls failed as they did when they were recorded\n",
+               result.callsFailedAgain);
   if (result.refusal) fmt::print(stderr, "{}\n", toString(*result.refusal));
   if (result.fault) fmt::print(stderr, "{}\n", toString(*result.fault));
 }
@@ -135,9 +148,28 @@ bool makeOutputDirectory(const ReplayOptions& options) {
   return !error;
 }
 
+// Begins the comparison with outputs that were saved or kept.
+bool beginComparison(const ReplayOptions& options,
+                     const recording::Recording& recording,
+                     const std::optional<RelayAnswers>& answers,
+                     OutputKeeper& keeper, std::string& why) {
+  if (!options.comparesKept)
+    return options.compare.empty() ||
+           keeper.compareWith(pathOf(options.compare), options.tolerance, why);
+  if (!answers || !answers->keepsOutputs) {
+    why =
+        "--compare: the recording has no outputs of its own; name a directory, "
+        "or record beside the backend with KIV_RELAY_KEEP_OUTPUTS=1";
+    return false;
+  }
+  if (answers->dropped) keeper.expectPart();
+  return keeper.compareWith(keptOutputsOf(recording), options.tolerance, why);
+}
+
 // Nothing is called where a tensor that was asked for cannot be an output.
 bool prepareOutputs(const ReplayOptions& options,
                     const recording::Recording& recording,
+                    const std::optional<RelayAnswers>& answers,
                     std::span<std::byte> data, OutputPlan& plan,
                     OutputKeeper& keeper) {
   if (!options.keepsOutputs()) {
@@ -158,8 +190,7 @@ bool prepareOutputs(const ReplayOptions& options,
   std::string why;
   if ((options.saveOutputs.empty() ||
        keeper.saveTo(pathOf(options.saveOutputs), why)) &&
-      (options.compare.empty() ||
-       keeper.compareWith(pathOf(options.compare), options.tolerance, why)))
+      beginComparison(options, recording, answers, keeper, why))
     return true;
   fmt::print(stderr, "{}\n", why);
   return false;
@@ -185,10 +216,12 @@ int replay(const ReplayOptions& options) {
                ? kDiffers
                : kUnreadable;
 
+  const auto answers = readRelayAnswers(*recording);
   OutputPlan plan;
   OutputKeeper keeper(plan);
   if (!makeOutputDirectory(options) ||
-      !prepareOutputs(options, *recording, data->bytes(), plan, keeper))
+      !prepareOutputs(options, *recording, answers, data->bytes(), plan,
+                      keeper))
     return kUnreadable;
   bool isTimeWritten = true;
   ReplayResult result;
@@ -196,7 +229,7 @@ int replay(const ReplayOptions& options) {
     Watcher watcher(recording->calls().size(),
                     options.keepsOutputs() ? &keeper : nullptr,
                     options.repeat > 1 || !options.timeFile.empty());
-    result = replayer.run(replayOptions(options), &watcher);
+    result = replayer.run(replayOptions(options, answers), &watcher);
     if (options.repeat > 1 && !watcher.times().summary().empty())
       fmt::print(stderr, "{}\n", watcher.times().summary());
     if (!options.timeFile.empty())
@@ -213,9 +246,16 @@ void addOutputOptions(CLI::App& verb, ReplayOptions& options) {
   verb.add_option("--save-outputs", options.saveOutputs,
                   "Save each execution's outputs there, as .npy")
       ->type_name("DIR");
-  verb.add_option("--compare", options.compare,
-                  "Compare the outputs with those that were saved there")
-      ->type_name("DIR");
+  verb.add_option_function<std::vector<std::string>>(
+          "--compare",
+          [&options](const std::vector<std::string>& given) {
+            options.comparesKept = given.empty() || given[0].empty();
+            if (!options.comparesKept) options.compare = given[0];
+          },
+          "Compare the outputs with those that were saved there; without DIR "
+          "with those that were kept beside the recording")
+      ->expected(0, 1)
+      ->type_name("[DIR]");
   addTolerance(verb, options.tolerance);
   verb.add_option("--outputs", options.outputs,
                   "Make intermediate tensors outputs: all, or names")

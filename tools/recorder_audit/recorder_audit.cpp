@@ -4,6 +4,8 @@
 // are as they were.
 //
 //   KIV_RECORD_LIBRARY   the recorder's path
+//   KIV_RELAY_BACKEND    the real backend's path, where the recorder is the
+//                        relay; what these two open is left as it is
 //   KIV_RECORD_REPLACE   a shell pattern of the backend's file name; without it
 //                        every library that exports KivInterface_getProviders
 //
@@ -112,6 +114,15 @@ bool isBackend(const char* name) {
   return exportsProviders(name);
 }
 
+// Whether a library asks that must get what it asks for: the relay and, below
+// it, the real backend.
+bool isBehindRelay(const char* requester) {
+  const char* real = std::getenv("KIV_RELAY_BACKEND");
+  const char* recorder = std::getenv("KIV_RECORD_LIBRARY");
+  if (real == nullptr || recorder == nullptr) return false;
+  return isSameFile(requester, recorder) || isSameFile(requester, real);
+}
+
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) unsigned la_version(
@@ -119,11 +130,20 @@ extern "C" __attribute__((visibility("default"))) unsigned la_version(
   return version;
 }
 
+// Has the loader name each library that asks for another one by its own record.
+extern "C" __attribute__((visibility("default"))) unsigned la_objopen(
+    link_map* /*map*/, Lmid_t /*space*/, uintptr_t* /*cookie*/) {
+  return 0;
+}
+
 // Called with a library's name as it is given and then with each path that it
 // may have; the result is loaded in its place.
 extern "C" __attribute__((visibility("default"))) char* la_objsearch(
-    const char* name, uintptr_t* /*cookie*/, unsigned /*flag*/) {
+    const char* name, uintptr_t* cookie, unsigned /*flag*/) {
   const char* recorder = std::getenv("KIV_RECORD_LIBRARY");
+  const auto* requester = reinterpret_cast<const link_map*>(*cookie);
+  if (requester != nullptr && isBehindRelay(requester->l_name))
+    return const_cast<char*>(name);
   if (recorder != nullptr && isBackend(name) && !isSameFile(name, recorder))
     name = recorder;
   return const_cast<char*>(name);
