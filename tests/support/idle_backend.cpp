@@ -35,7 +35,9 @@ KivInterface_t provider() {
   api.logCreate = [](auto, auto, auto* out) { return create(out); };
   setToNothing(api.logFree);
   api.backendCreate = [](auto, auto, auto* out) { return create(out); };
+  setToNothing(api.propertyHasCapability);
   setToNothing(api.backendFree);
+  setToNothing(api.backendGetSupportedOperations);
   api.contextCreate = [](auto, auto, auto, auto* out) { return create(out); };
   setToNothing(api.contextFree);
   setToNothing(api.contextValidateBinary);
