@@ -81,13 +81,13 @@ void restoreNames(const Values& from, Values& to) {
 
 // libonnx rewrites models that are whole, and these have 2 GiB at most.
 void checkSize(onnx::GraphProto& proto) {
-  constexpr auto kMostBytes =
+  constexpr auto kMostRewritten =
       static_cast<std::uint64_t>(std::numeric_limits<int>::max());
   std::uint64_t size = 0;
   forEachTensor(proto, [&](const onnx::TensorProto& tensor, bool) {
     if (isExternal(tensor)) size += placeOf(tensor).size;
   });
-  if (size > kMostBytes)
+  if (size > kMostRewritten)
     throw Failure(KIV_CONTEXT_ERROR_GENERAL, "it has more than 2 GiB of data");
 }
 

@@ -22,17 +22,17 @@ const KivInterface_t* findProvider(void* library, std::string& why) {
     why = "it is this library itself; name the backend that is to compute";
     return nullptr;
   }
-  const KivInterface_t** providers = nullptr;
+  const KivInterface_t** found = nullptr;
   std::uint32_t count = 0;
-  if (const Kiv_ErrorHandle_t status = getProviders(&providers, &count)) {
+  if (const Kiv_ErrorHandle_t status = getProviders(&found, &count)) {
     why = "it refuses to list its providers with " + std::to_string(status);
     return nullptr;
   }
-  for (std::uint32_t i = 0; providers != nullptr && i < count; ++i)
-    if (providers[i] != nullptr &&
-        providers[i]->apiVersion.coreApiVersion.majorVersion ==
+  for (std::uint32_t i = 0; found != nullptr && i < count; ++i)
+    if (found[i] != nullptr &&
+        found[i]->apiVersion.coreApiVersion.majorVersion ==
             KIV_CORE_API_VERSION_MAJOR)
-      return providers[i];
+      return found[i];
   why = "none of its " + std::to_string(count) + " providers has version " +
         std::to_string(KIV_CORE_API_VERSION_MAJOR) + " of the API";
   return nullptr;

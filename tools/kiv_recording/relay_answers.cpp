@@ -12,7 +12,6 @@ namespace kiv::tool {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 using recording::Recording;
 
 fs::path besideModelOf(const Recording& recording, const char* name) {
@@ -20,25 +19,25 @@ fs::path besideModelOf(const Recording& recording, const char* name) {
 }
 
 // Members of an object; empty or 0 where they are missing or something else.
-std::string textOf(const Json& object, const char* name) {
+std::string textOf(const nlohmann::json& object, const char* name) {
   const auto found = object.find(name);
   return found != object.end() && found->is_string() ? found->get<std::string>()
                                                      : std::string();
 }
 
-std::uint64_t numberOf(const Json& object, const char* name) {
+std::uint64_t numberOf(const nlohmann::json& object, const char* name) {
   const auto found = object.find(name);
   return found != object.end() && found->is_number_unsigned()
              ? found->get<std::uint64_t>()
              : 0;
 }
 
-const Json* objectOf(const Json& line, const char* name) {
+const nlohmann::json* objectOf(const nlohmann::json& line, const char* name) {
   const auto found = line.find(name);
   return found != line.end() && found->is_object() ? &*found : nullptr;
 }
 
-RelayAnswers::Call callOf(const Json& object, const char* number) {
+RelayAnswers::Call callOf(const nlohmann::json& object, const char* number) {
   return {numberOf(object, number), textOf(object, "function"),
           numberOf(object, "code")};
 }
@@ -50,7 +49,7 @@ class Reader {
   explicit Reader(std::string program) : program_(std::move(program)) {}
 
   void read(const std::string& text) {
-    const Json line = Json::parse(text, nullptr, false);
+    const nlohmann::json line = nlohmann::json::parse(text, nullptr, false);
     if (line.is_object() && begin(line)) return;
     if (isOurs_ && !(line.is_object() && add(line))) ++answers_->unreadLines;
   }
@@ -58,8 +57,8 @@ class Reader {
   std::optional<RelayAnswers> take() { return std::move(answers_); }
 
  private:
-  bool begin(const Json& line) {
-    const Json* const backend = objectOf(line, "backend");
+  bool begin(const nlohmann::json& line) {
+    const nlohmann::json* const backend = objectOf(line, "backend");
     if (backend == nullptr) return false;
     isOurs_ = textOf(line, "recording") == program_;
     if (!isOurs_) return true;
@@ -69,16 +68,18 @@ class Reader {
     answers.backendId = numberOf(*backend, "id");
     answers.apiVersion = textOf(*backend, "api_version");
     answers.backendVersion = textOf(*backend, "backend_version");
-    answers.keepsOutputs = line.value("keeps_outputs", Json()) == true;
+    answers.keepsOutputs =
+        line.value("keeps_outputs", nlohmann::json()) == true;
     return true;
   }
 
-  bool add(const Json& line) {
-    if (const Json* const other = objectOf(line, "not_recorded"))
+  bool add(const nlohmann::json& line) {
+    if (const nlohmann::json* const other = objectOf(line, "not_recorded"))
       answers_->notRecorded.push_back(callOf(*other, "after_call"));
-    else if (const Json* const as = objectOf(line, "recorded_as"))
+    else if (const nlohmann::json* const as = objectOf(line, "recorded_as"))
       answers_->recordedAs.push_back(callOf(*as, "call"));
-    else if (const Json* const dropped = objectOf(line, "outputs_dropped"))
+    else if (const nlohmann::json* const dropped =
+                 objectOf(line, "outputs_dropped"))
       answers_->dropped = {numberOf(*dropped, "call"),
                            textOf(*dropped, "reason")};
     else if (line.contains("call"))
