@@ -9,16 +9,16 @@ namespace {
 using format::ArgumentKind;
 using recording::Arguments;
 
-void put(Text& text, std::string_view string) { text.append(string); }
+void putText(Text& text, std::string_view string) { text.append(string); }
 
 }  // namespace
 
 std::string_view CallText::describe(const Arguments& arguments) {
   line_.clear();
-  put(line_, arguments.function->name);
+  putText(line_, arguments.function->name);
   line_.push_back('(');
   for (std::size_t i = 0; i < arguments.values.size(); ++i) {
-    if (i != 0) put(line_, ", ");
+    if (i != 0) putText(line_, ", ");
     appendArgument(arguments, i);
   }
   line_.push_back(')');
@@ -33,7 +33,7 @@ void CallText::appendArgument(const Arguments& arguments, std::size_t index) {
   const auto next = [&] { return arguments.values[index + 1].bits; };
   switch (value.argument->kind) {
     case ArgumentKind::kLogHandle:
-      return put(line_, "log");
+      return putText(line_, "log");
     case ArgumentKind::kBackend:
     case ArgumentKind::kDevice:
     case ArgumentKind::kContext:
@@ -66,7 +66,7 @@ void CallText::appendArgument(const Arguments& arguments, std::size_t index) {
       return append(line_, *value.pointer<const Kiv_OpConfig_t>());
     case ArgumentKind::kTensor:
       return value.bits == 0
-                 ? put(line_, "null")
+                 ? putText(line_, "null")
                  : append(line_, *value.pointer<const Kiv_Tensor_t>());
     case ArgumentKind::kTensors:
       return append(line_, value.pointer<const Kiv_Tensor_t>(),
@@ -74,12 +74,12 @@ void CallText::appendArgument(const Arguments& arguments, std::size_t index) {
     case ArgumentKind::kBuffer:
     case ArgumentKind::kOutHandle:
     case ArgumentKind::kOut:
-      return put(line_, value.bits == 0 ? "null" : "out");
+      return putText(line_, value.bits == 0 ? "null" : "out");
   }
 }
 
 void CallText::appendHandle(std::uint64_t handle, std::string_view none) {
-  if (handle == 0) return put(line_, none);
+  if (handle == 0) return putText(line_, none);
   fmt::format_to(std::back_inserter(line_), "{}#{}", Answers::kindOf(handle),
                  Answers::numberOf(handle));
 }
@@ -88,7 +88,7 @@ void CallText::appendAnswers(const Arguments& arguments) {
   for (const Value& value : arguments.values) {
     if (value.bits == 0) continue;
     if (value.argument->kind == ArgumentKind::kOutHandle) {
-      put(line_, " -> ");
+      putText(line_, " -> ");
       appendHandle(*value.pointer<std::uint64_t>(), "null");
     } else if (value.argument->kind == ArgumentKind::kTensor) {
       const auto* tensor = value.pointer<Kiv_Tensor_t>();
