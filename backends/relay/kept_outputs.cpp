@@ -3,9 +3,9 @@
 #include <charconv>
 
 #include "diagnostics/logger.h"
+#include "format/enum_value.h"
 #include "output/output_settings.h"
 #include "platform/process.h"
-#include "writers/enum_value.h"
 
 namespace kiv::relay {
 namespace {
@@ -35,7 +35,7 @@ std::uint64_t limitFromEnvironment() {
 }  // namespace
 
 bool hasId(const Kiv_Tensor_t& tensor) {
-  const std::uint32_t version = writers::enumValue(tensor.version);
+  const std::uint32_t version = format::enumValue(tensor.version);
   return version == KIV_TENSOR_VERSION_1 || version == KIV_TENSOR_VERSION_2;
 }
 

@@ -1,8 +1,8 @@
 #include "api/entries.h"
 #include "api/entry.h"
 #include "diagnostics/logger.h"
+#include "format/enum_value.h"
 #include "session/handles.h"
-#include "writers/enum_value.h"
 
 // The logger's entries start no session and record nothing. There is one
 // logger, so handles are not examined.
@@ -14,7 +14,7 @@ using log::Logger;
 constexpr session::Handle kLogHandle = 1;
 
 std::int32_t numberOf(const KivLog_Level_t& level) {
-  return static_cast<std::int32_t>(writers::enumValue(level));
+  return static_cast<std::int32_t>(format::enumValue(level));
 }
 
 Status setLevel(std::int32_t level) {

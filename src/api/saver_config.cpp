@@ -2,9 +2,9 @@
 
 #include "Saver/KivSaver.h"
 #include "api/entry.h"
+#include "format/enum_value.h"
 #include "format/literals.h"
 #include "output/output_settings.h"
-#include "writers/enum_value.h"
 
 namespace kiv::api {
 namespace {
@@ -77,7 +77,7 @@ Status readFileNames(const KivSaver_FileConfig_t& config,
 }
 
 Status readOption(const KivSaver_Config_t& config, OutputChanges& changes) {
-  const std::uint32_t option = writers::enumValue(config.option);
+  const std::uint32_t option = format::enumValue(config.option);
   switch (option) {
     case KIV_SAVER_CONFIG_OPTION_OUTPUT_DIRECTORY:
       changes.directory = directoryFrom(config.outputDirectory);

@@ -23,7 +23,7 @@ constexpr Failure kIdExists = {
     "renamed.\n"};
 
 bool isKnownVersion(const Kiv_Tensor_t& tensor) {
-  const std::uint32_t version = writers::enumValue(tensor.version);
+  const std::uint32_t version = format::enumValue(tensor.version);
   return version == KIV_TENSOR_VERSION_1 || version == KIV_TENSOR_VERSION_2;
 }
 

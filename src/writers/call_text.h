@@ -4,9 +4,9 @@
 #include <string>
 
 #include "diagnostics/messages.h"
+#include "format/enum_value.h"
 #include "output/code_stream.h"
 #include "session/session.h"
-#include "writers/enum_value.h"
 
 namespace kiv::writers {
 

@@ -50,8 +50,8 @@ Name writeCustom(CallText& call, const KivContext_Config_t& config,
                  NameOf<Family::kConfig> owner) {
   const auto& custom =
       *static_cast<const KivGpuContext_CustomConfig_t*>(config.customConfig);
-  const ConfigOption* option =
-      format::findOption(format::kGpuContextOptions, enumValue(custom.option));
+  const ConfigOption* option = format::findOption(
+      format::kGpuContextOptions, format::enumValue(custom.option));
   if (option == nullptr)
     option = format::findOption(format::kGpuContextOptions,
                                 KIV_GPU_CONTEXT_CONFIG_OPTION_UNDEFINED);
@@ -90,11 +90,11 @@ Name writeGraphNames(CallText& call, const char* const* names,
 
 Name writeTarget(CallText& call, const KivContext_Config_t& config,
                  NameOf<Family::kConfig> owner) {
-  const std::uint32_t option = enumValue(config.option);
+  const std::uint32_t option = format::enumValue(config.option);
   if (option == KIV_CONTEXT_CONFIG_ENABLE_GRAPHS)
     return writeGraphNames(call, config.enableGraphs, owner);
   if (option != KIV_CONTEXT_CONFIG_ASYNC_EXECUTION_QUEUE_DEPTH) return {};
-  const std::uint32_t type = enumValue(config.asyncExeQueueDepth.type);
+  const std::uint32_t type = format::enumValue(config.asyncExeQueueDepth.type);
   if (type != KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC)
     call.fail(kQueueDepthType, static_cast<long>(type));
   return {};
@@ -146,7 +146,7 @@ Name writeCustomConfig(CallText& call, const ConfigFamily& family,
 template <typename Config>
 Name writeConfig(CallText& call, const ConfigFamily& family,
                  const Config& config, std::string_view base) {
-  const std::uint32_t number = enumValue(config.option);
+  const std::uint32_t number = format::enumValue(config.option);
   if (number == format::kCustomOption)
     return writeCustomConfig(call, family, config, base);
   const ConfigOption* option = format::findOption(family.options, number);

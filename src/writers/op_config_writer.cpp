@@ -21,7 +21,7 @@ constexpr Failure kMissingArray = {
     "An op config counts %ld elements but their array is NULL"};
 
 void writeScalar(CallText& call, const Kiv_Scalar_t& scalar, Name name) {
-  const std::uint32_t dataType = enumValue(scalar.dataType);
+  const std::uint32_t dataType = format::enumValue(scalar.dataType);
   const format::Member* value =
       format::findMember(rows::kScalarValues, dataType);
   if (value == nullptr)
@@ -33,7 +33,7 @@ void writeScalar(CallText& call, const Kiv_Scalar_t& scalar, Name name) {
 Name writeParamValue(CallText& call, const Kiv_Param_t& param,
                      NameOf<Family::kParam> owner,
                      const session::TensorRegistry* created) {
-  if (enumValue(param.paramType) == KIV_PARAM_TYPE_SCALAR) {
+  if (format::enumValue(param.paramType) == KIV_PARAM_TYPE_SCALAR) {
     const Name scalar = call.code().name<Part::kScalarParam>(owner);
     writeScalar(call, param.scalarParam, scalar);
     return scalar;
@@ -70,7 +70,7 @@ Name writeElements(CallText& call, std::string_view type,
 NameOf<Family::kOpConfig> nameOpConfig(CallText& call,
                                        const Kiv_OpConfig_t& opConfig) {
   std::string_view base;
-  if (enumValue(opConfig.version) == KIV_OP_CONFIG_VERSION_1 &&
+  if (format::enumValue(opConfig.version) == KIV_OP_CONFIG_VERSION_1 &&
       opConfig.v1.name != nullptr)
     base = call.code().sanitized(opConfig.v1.name);
   return call.unique<Family::kOpConfig>(base.empty() ? "opConfig" : base);
@@ -79,7 +79,7 @@ NameOf<Family::kOpConfig> nameOpConfig(CallText& call,
 void writeParam(CallText& call, const Kiv_Param_t& param,
                 NameOf<Family::kParam> name,
                 const session::TensorRegistry* created) {
-  const std::uint32_t type = enumValue(param.paramType);
+  const std::uint32_t type = format::enumValue(param.paramType);
   const format::Member* member = format::findMember(rows::kParamTypes, type);
   if (member == nullptr) return call.fail(kParamType, static_cast<long>(type));
   const Name value = writeParamValue(call, param, name, created);
@@ -89,7 +89,7 @@ void writeParam(CallText& call, const Kiv_Param_t& param,
 void writeOpConfig(CallText& call, const Kiv_OpConfig_t& opConfig,
                    NameOf<Family::kOpConfig> name,
                    const session::TensorRegistry* created) {
-  const std::uint32_t version = enumValue(opConfig.version);
+  const std::uint32_t version = format::enumValue(opConfig.version);
   const format::Member* member =
       format::findMember(rows::kOpConfigVersions, version);
   if (member == nullptr)

@@ -23,7 +23,7 @@ template <typename Record>
 const format::Member* versionOf(CallText& call, const Record& record,
                                 std::span<const format::Member> versions,
                                 const Failure& failure) {
-  const std::uint32_t version = enumValue(record.version);
+  const std::uint32_t version = format::enumValue(record.version);
   const format::Member* member = format::findMember(versions, version);
   if (member == nullptr) call.fail(failure, static_cast<int>(version));
   return member;

@@ -17,7 +17,7 @@ constexpr Failure kMissingParams = {
 
 const format::Member* memberOf(const Kiv_QuantizeParams_t& params) {
   return format::findMember(rows::kEncodings,
-                            enumValue(params.quantizationEncoding));
+                            format::enumValue(params.quantizationEncoding));
 }
 
 Name writeAxisScaleOffset(CallText& call, const Kiv_AxisScaleOffset_t& encoding,
@@ -58,7 +58,7 @@ Name writeBwAxisScaleOffset(CallText& call,
 // The record of the encodings that need one of their own.
 Name writeEncoding(CallText& call, const Kiv_QuantizeParams_t& params,
                    NameOf<Family::kQuantizeParams> owner) {
-  switch (enumValue(params.quantizationEncoding)) {
+  switch (format::enumValue(params.quantizationEncoding)) {
     case KIV_QUANTIZATION_ENCODING_AXIS_SCALE_OFFSET:
       return writeAxisScaleOffset(call, params.axisScaleOffsetEncoding, owner);
     case KIV_QUANTIZATION_ENCODING_BW_AXIS_SCALE_OFFSET:
@@ -74,7 +74,7 @@ Name writeEncoding(CallText& call, const Kiv_QuantizeParams_t& params,
 void checkEncoding(CallText& call, const Kiv_QuantizeParams_t& params) {
   if (memberOf(params) == nullptr)
     call.fail(kUnknownEncoding,
-              static_cast<int>(enumValue(params.quantizationEncoding)));
+              static_cast<int>(format::enumValue(params.quantizationEncoding)));
 }
 
 void writeQuantizeParams(CallText& call, const Kiv_QuantizeParams_t& params,

@@ -22,13 +22,13 @@ constexpr Failure kTensorVersion = {Status::kNotSupported,
                                     "Unsupported tensor version: %d.\n"};
 
 void checkMemory(CallText& call, const Kiv_TensorV1_t& tensor) {
-  if (enumValue(tensor.memType) != KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER)
+  if (format::enumValue(tensor.memType) != KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER)
     call.fail(kMemHandle);
 }
 
 void checkDataType(CallText& call, const Kiv_TensorV1_t& tensor) {
   if (tensor.clientBuf.data != nullptr)
-    (void)dataTypeToCType(call, enumValue(tensor.dataType));
+    (void)dataTypeToCType(call, format::enumValue(tensor.dataType));
 }
 
 // Other faults of the record are reported first, as for a known version,
@@ -37,7 +37,7 @@ void refuseVersion(CallText& call, const Kiv_Tensor_t& tensor) {
   checkEncoding(call, tensor.v1.quantizeParams);
   checkMemory(call, tensor.v1);
   checkDataType(call, tensor.v1);
-  const std::uint32_t version = enumValue(tensor.version);
+  const std::uint32_t version = format::enumValue(tensor.version);
   (void)tensorVersionMember(call, version);
   call.fail(kTensorVersion, static_cast<int>(version));
 }
@@ -64,7 +64,7 @@ Name writeClientBuffer(CallText& call, const Kiv_TensorV1_t& tensor,
     code.emitStruct<rows::kClientBuffer>(record, &none, {Name{}});
     return record;
   }
-  const std::uint32_t dataType = enumValue(tensor.dataType);
+  const std::uint32_t dataType = format::enumValue(tensor.dataType);
   const auto element = dataTypeToCType(call, dataType);
   if (!element) return {};
   const Name data = code.name<Part::kData>(owner);
@@ -96,8 +96,8 @@ std::optional<format::ElementType> dataTypeToCType(CallText& call,
 void writeTensor(CallText& call, const Kiv_Tensor_t& tensor,
                  NameOf<Family::kTensor> name,
                  const session::TensorRegistry* created) {
-  const format::Member* version =
-      format::findMember(rows::kTensorVersions, enumValue(tensor.version));
+  const format::Member* version = format::findMember(
+      rows::kTensorVersions, format::enumValue(tensor.version));
   if (version == nullptr) return refuseVersion(call, tensor);
   const bool isVersion2 = version->tag == KIV_TENSOR_VERSION_2;
   output::CodeStream& code = call.code();

@@ -13,6 +13,7 @@
 
 #include "format/calls.h"
 #include "format/element_types.h"
+#include "format/enum_value.h"
 #include "kiv_recording/program_text.h"
 #include "kiv_recording/progress.h"
 #include "kiv_recording/recordings.h"
@@ -145,13 +146,12 @@ template <typename Fields>
 Tensor tensorOf(const Fields& fields) {
   Tensor tensor;
   tensor.name = orEmpty(fields.name);
-  tensor.elementType =
-      elementTypeName(static_cast<std::uint32_t>(fields.dataType));
-  tensor.type = static_cast<std::uint32_t>(fields.type);
+  tensor.elementType = elementTypeName(format::enumValue(fields.dataType));
+  tensor.type = format::enumValue(fields.type);
   if (fields.dimensions != nullptr)
     tensor.dimensions.assign(fields.dimensions,
                              fields.dimensions + fields.rank);
-  if (fields.memType == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER &&
+  if (format::enumValue(fields.memType) == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER &&
       fields.clientBuf.data != nullptr)
     tensor.bytes = fields.clientBuf.dataSize;
   return tensor;
@@ -235,7 +235,8 @@ class Collector {
     const auto* config =
         arguments.find("opConfig")->pointer<const Kiv_OpConfig_t>();
     ++graphOf(arguments).nodes;
-    if (config != nullptr && config->version == KIV_OP_CONFIG_VERSION_1)
+    if (config != nullptr &&
+        format::enumValue(config->version) == KIV_OP_CONFIG_VERSION_1)
       ++facts_.operators[orEmpty(config->v1.typeName)];
   }
 
@@ -243,7 +244,7 @@ class Collector {
     const auto* record =
         arguments.find("tensor")->pointer<const Kiv_Tensor_t>();
     if (record == nullptr) return;
-    Tensor tensor = record->version == KIV_TENSOR_VERSION_2
+    Tensor tensor = format::enumValue(record->version) == KIV_TENSOR_VERSION_2
                         ? tensorOf(record->v2)
                         : tensorOf(record->v1);
     if (arguments.find("graph") != nullptr) {

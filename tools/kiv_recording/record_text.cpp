@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "format/element_types.h"
+#include "format/enum_value.h"
 
 namespace kiv::tool {
 namespace {
@@ -16,15 +17,6 @@ template <typename... Values>
 void put(Text& text, fmt::format_string<Values...> format, Values&&... values) {
   fmt::format_to(std::back_inserter(text), format,
                  std::forward<Values>(values)...);
-}
-
-// An enum of a record may hold any number.
-template <typename Enum>
-std::uint32_t numberOf(const Enum& value) {
-  static_assert(sizeof(Enum) == sizeof(std::uint32_t));
-  std::uint32_t number = 0;
-  std::memcpy(&number, &value, sizeof(number));
-  return number;
 }
 
 // FNV-1a.
@@ -102,9 +94,10 @@ void appendFields(Text& text, const Kiv_BwAxisScaleOffset_t& encoding) {
 }
 
 void append(Text& text, const Kiv_QuantizeParams_t& quantize) {
-  const std::uint32_t encoding = numberOf(quantize.quantizationEncoding);
+  const std::uint32_t encoding =
+      format::enumValue(quantize.quantizationEncoding);
   put(text, "{{definition={}, encoding={}",
-      numberOf(quantize.encodingDefinition), encoding);
+      format::enumValue(quantize.encodingDefinition), encoding);
   if (encoding == KIV_QUANTIZATION_ENCODING_SCALE_OFFSET) {
     put(text, ", scale=");
     append(text, quantize.scaleOffsetEncoding.scale);
@@ -138,21 +131,21 @@ template <typename Tensor>
 void appendFields(Text& text, const Tensor& tensor) {
   put(text, ", id={}, name=", tensor.id);
   append(text, tensor.name);
-  put(text,
-      ", type={}, format={}, dataType={}, quantize=", numberOf(tensor.type),
-      tensor.dataFormat, numberOf(tensor.dataType));
+  put(text, ", type={}, format={}, dataType={}, quantize=",
+      format::enumValue(tensor.type), tensor.dataFormat,
+      format::enumValue(tensor.dataType));
   append(text, tensor.quantizeParams);
   put(text, ", rank={}, dims=", tensor.rank);
   appendArray(text, tensor.dimensions, tensor.rank);
-  put(text, ", mem={}", numberOf(tensor.memType));
-  if (numberOf(tensor.memType) == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER)
-    appendBuffer(text, tensor.clientBuf, numberOf(tensor.dataType));
+  put(text, ", mem={}", format::enumValue(tensor.memType));
+  if (format::enumValue(tensor.memType) == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER)
+    appendBuffer(text, tensor.clientBuf, format::enumValue(tensor.dataType));
 }
 
 // ---- operations ----
 
 void appendValue(Text& text, const Kiv_Scalar_t& scalar) {
-  switch (numberOf(scalar.dataType)) {
+  switch (format::enumValue(scalar.dataType)) {
     case KIV_DATA_TYPE_INT_8:
       return put(text, "{}", scalar.int8Value);
     case KIV_DATA_TYPE_INT_16:
@@ -178,12 +171,12 @@ void appendValue(Text& text, const Kiv_Scalar_t& scalar) {
 }
 
 void append(Text& text, const Kiv_Param_t& param) {
-  const std::uint32_t type = numberOf(param.paramType);
+  const std::uint32_t type = format::enumValue(param.paramType);
   put(text, "{{type={}, name=", type);
   append(text, param.name);
   if (type == KIV_PARAM_TYPE_SCALAR) {
-    put(text,
-        ", scalar={{type={}, value=", numberOf(param.scalarParam.dataType));
+    put(text, ", scalar={{type={}, value=",
+        format::enumValue(param.scalarParam.dataType));
     appendValue(text, param.scalarParam);
     text.push_back('}');
   } else if (type == KIV_PARAM_TYPE_TENSOR) {
@@ -196,7 +189,7 @@ void append(Text& text, const Kiv_Param_t& param) {
 // ---- platforms ----
 
 void append(Text& text, const KivDevice_CoreInfo_t& core) {
-  const std::uint32_t version = numberOf(core.version);
+  const std::uint32_t version = format::enumValue(core.version);
   put(text, "{{version={}", version);
   if (version == KIV_DEVICE_CORE_INFO_VERSION_1)
     put(text, ", id={}, type={}", core.v1.coreId, core.v1.coreType);
@@ -204,7 +197,7 @@ void append(Text& text, const KivDevice_CoreInfo_t& core) {
 }
 
 void append(Text& text, const KivDevice_HardwareDeviceInfo_t& device) {
-  const std::uint32_t version = numberOf(device.version);
+  const std::uint32_t version = format::enumValue(device.version);
   put(text, "{{version={}", version);
   if (version == KIV_DEVICE_HARDWARE_DEVICE_INFO_VERSION_1) {
     put(text, ", id={}, type={}, count={}, cores=", device.v1.deviceId,
@@ -215,7 +208,7 @@ void append(Text& text, const KivDevice_HardwareDeviceInfo_t& device) {
 }
 
 void append(Text& text, const KivDevice_PlatformInfo_t& platform) {
-  const std::uint32_t version = numberOf(platform.version);
+  const std::uint32_t version = format::enumValue(platform.version);
   put(text, "{{version={}", version);
   if (version == KIV_DEVICE_PLATFORM_INFO_VERSION_1) {
     put(text, ", count={}, devices=", platform.v1.numHwDevices);
@@ -227,20 +220,20 @@ void append(Text& text, const KivDevice_PlatformInfo_t& platform) {
 // ---- configs ----
 
 void append(Text& text, const Kiv_ErrorConfig_t& config) {
-  put(text, "{{level={}, limit={}}}", numberOf(config.reportingLevel),
+  put(text, "{{level={}, limit={}}}", format::enumValue(config.reportingLevel),
       config.storageLimit);
 }
 
 void append(Text& text, const KivContext_AsyncExecutionQueueDepth_t& depth) {
-  put(text, "{{type={}", numberOf(depth.type));
-  if (numberOf(depth.type) ==
+  put(text, "{{type={}", format::enumValue(depth.type));
+  if (format::enumValue(depth.type) ==
       KIV_CONTEXT_ASYNC_EXECUTION_QUEUE_DEPTH_TYPE_NUMERIC)
     put(text, ", depth={}", depth.depth);
   text.push_back('}');
 }
 
 void append(Text& text, const KivGpuContext_CustomConfig_t& config) {
-  const std::uint32_t option = numberOf(config.option);
+  const std::uint32_t option = format::enumValue(config.option);
   put(text, "{{option={}, ", option);
   switch (option) {
     case KIV_GPU_CONTEXT_CONFIG_OPTION_USE_GL_BUFFERS:
@@ -254,7 +247,7 @@ void append(Text& text, const KivGpuContext_CustomConfig_t& config) {
       put(text, "invalidateKernelRepo={}", config.invalidateKernelRepo);
       break;
     default:
-      put(text, "perfHint={}", numberOf(config.perfHint));
+      put(text, "perfHint={}", format::enumValue(config.perfHint));
       break;
   }
   text.push_back('}');
@@ -262,7 +255,8 @@ void append(Text& text, const KivGpuContext_CustomConfig_t& config) {
 
 void append(Text& text, const KivGpuGraph_CustomConfig_t& config) {
   put(text, "{{precision={}, flag0={}, flag1={}, flag2={}}}",
-      numberOf(config.precision), config.flag0, config.flag1, config.flag2);
+      format::enumValue(config.precision), config.flag0, config.flag1,
+      config.flag2);
 }
 
 // A recording holds custom configs of the GPU backend alone.
@@ -280,12 +274,12 @@ std::uint64_t countOf(const char* const* names) {
 }
 
 void appendValue(Text& text, const KivContext_Config_t& config) {
-  switch (numberOf(config.option)) {
+  switch (format::enumValue(config.option)) {
     case KIV_CONTEXT_CONFIG_OPTION_CUSTOM:
       return appendCustom<KivGpuContext_CustomConfig_t>(text,
                                                         config.customConfig);
     case KIV_CONTEXT_CONFIG_OPTION_PRIORITY:
-      return put(text, ", priority={}", numberOf(config.priority));
+      return put(text, ", priority={}", format::enumValue(config.priority));
     case KIV_CONTEXT_CONFIG_OPTION_ERROR_REPORTING:
       put(text, ", error=");
       return append(text, config.errorConfig);
@@ -334,7 +328,7 @@ void append(Text& text, const Bytes& data) {
 }
 
 void append(Text& text, const Kiv_Tensor_t& tensor) {
-  const std::uint32_t version = numberOf(tensor.version);
+  const std::uint32_t version = format::enumValue(tensor.version);
   put(text, "{{version={}", version);
   if (version == KIV_TENSOR_VERSION_1) {
     appendFields(text, tensor.v1);
@@ -344,7 +338,7 @@ void append(Text& text, const Kiv_Tensor_t& tensor) {
     appendArray(text, tensor.v2.isDynamicDimensions, tensor.v2.rank);
     const Kiv_SparseParams_t& sparse = tensor.v2.sparseParams;
     put(text, ", sparse={{type={}, elements={}, dimensions={}}}",
-        numberOf(sparse.type), sparse.counts.numElements,
+        format::enumValue(sparse.type), sparse.counts.numElements,
         sparse.counts.numDimensions);
     put(text, ", produced={}", tensor.v2.isProduced);
   }
@@ -356,7 +350,7 @@ void append(Text& text, const Kiv_Tensor_t* tensors, std::uint32_t count) {
 }
 
 void append(Text& text, const Kiv_OpConfig_t& config) {
-  const std::uint32_t version = numberOf(config.version);
+  const std::uint32_t version = format::enumValue(config.version);
   put(text, "{{version={}", version);
   if (version == KIV_OP_CONFIG_VERSION_1) {
     put(text, ", name=");
@@ -376,7 +370,7 @@ void append(Text& text, const Kiv_OpConfig_t& config) {
 }
 
 void append(Text& text, const KivBackend_Config_t& config) {
-  const std::uint32_t option = numberOf(config.option);
+  const std::uint32_t option = format::enumValue(config.option);
   put(text, "{{option={}", option);
   if (option == KIV_BACKEND_CONFIG_OPTION_CUSTOM) {
     put(text, ", custom={}", config.customConfig ? "<set>" : "null");
@@ -391,13 +385,13 @@ void append(Text& text, const KivBackend_Config_t& config) {
 }
 
 void append(Text& text, const KivContext_Config_t& config) {
-  put(text, "{{option={}", numberOf(config.option));
+  put(text, "{{option={}", format::enumValue(config.option));
   appendValue(text, config);
   text.push_back('}');
 }
 
 void append(Text& text, const KivDevice_Config_t& config) {
-  const std::uint32_t option = numberOf(config.option);
+  const std::uint32_t option = format::enumValue(config.option);
   put(text, "{{option={}", option);
   if (option == KIV_DEVICE_CONFIG_OPTION_CUSTOM) {
     put(text, ", custom={}", config.customConfig ? "<set>" : "null");
@@ -412,17 +406,17 @@ void append(Text& text, const KivDevice_Config_t& config) {
 }
 
 void append(Text& text, const KivGraph_Config_t& config) {
-  const std::uint32_t option = numberOf(config.option);
+  const std::uint32_t option = format::enumValue(config.option);
   put(text, "{{option={}", option);
   if (option == KIV_GRAPH_CONFIG_OPTION_CUSTOM)
     appendCustom<KivGpuGraph_CustomConfig_t>(text, config.customConfig);
   else if (option == KIV_GRAPH_CONFIG_OPTION_PRIORITY)
-    put(text, ", priority={}", numberOf(config.priority));
+    put(text, ", priority={}", format::enumValue(config.priority));
   text.push_back('}');
 }
 
 void append(Text& text, const KivProfile_Config_t& config) {
-  const std::uint32_t option = numberOf(config.option);
+  const std::uint32_t option = format::enumValue(config.option);
   put(text, "{{option={}", option);
   if (option == KIV_PROFILE_CONFIG_OPTION_CUSTOM)
     put(text, ", custom={}", config.customConfig ? "<set>" : "null");

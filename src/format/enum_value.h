@@ -4,7 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
-namespace kiv::writers {
+namespace kiv::format {
 
 // The number in an enum of a client's record, which may be any: reading it as
 // the enum would be undefined for numbers that the enum does not have.
@@ -16,4 +16,4 @@ requires std::is_enum_v<Enum> std::uint32_t enumValue(const Enum& value) {
   return number;
 }
 
-}  // namespace kiv::writers
+}  // namespace kiv::format
