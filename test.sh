@@ -63,7 +63,8 @@ sources_together() { # DIRECTORY
 
 # clang-tidy reads what is compiled together, each header once. Its analyzer
 # skips files that are included, but for those of a main file whose path holds
-# the word UnifiedSource.
+# the word UnifiedSource, and follows calls a few steps only: followed to their
+# ends they take six times as long.
 check_tidy() {
   local directory=build/UnifiedSource
   if ! configure clang -B "$directory" ||
@@ -73,6 +74,8 @@ check_tidy() {
   fi
   if sources_together "$directory" |
     xargs -0 -n 1 -P 2 clang-tidy --quiet -p "$directory" \
+      --extra-arg=-Xclang --extra-arg=-analyzer-config \
+      --extra-arg=-Xclang --extra-arg=mode=shallow \
       2> >(grep -vE '^[0-9]+ warnings? generated' >&2); then
     passed=$((passed + 1))
   else
