@@ -55,8 +55,7 @@ struct RecordOptions {
 fs::path find(const char* name) {
   std::error_code error;
   const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  for (const char* folder :
-       {KIV_LIBRARY_FOLDER, "../lib", "../src", "../backends/relay"}) {
+  for (const char* folder : {KIV_LIBRARY_FOLDER, "../lib", "../src"}) {
     fs::path path = (program.parent_path() / folder / name).lexically_normal();
     if (fs::exists(path, error)) return path;
   }
