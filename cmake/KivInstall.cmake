@@ -1,5 +1,5 @@
-# What is installed beside the libraries and programs, which the folders install
-# that make them: headers, the CMake package, pkg-config's files, the replay
+# The rest of an installation beside the libraries and programs, which the folders
+# that make them install: headers, the CMake package, pkg-config's files, the replay
 # project and the documents. docs/installing.md says what is where.
 include(CMakePackageConfigHelpers)
 

@@ -1,4 +1,4 @@
-# What CPack makes: three packages for Debian, an archive for other systems. The
+# The packages that CPack makes: three packages for Debian, an archive for other systems. The
 # script tools/package.sh calls it.
 set(CPACK_PACKAGE_NAME kiv-saver)
 set(CPACK_PACKAGE_VENDOR "the Saver's developers")

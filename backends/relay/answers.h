@@ -52,7 +52,7 @@ class Answers {
   void notRecorded(const char* function, Kiv_ErrorHandle_t code);
   void outputsDropped(const Place& place, std::string_view reason);
 
-  // Of the recording whose file is open.
+  // The directory of the recording whose list is open.
   std::string directory() const;
 
  private:

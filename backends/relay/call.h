@@ -78,7 +78,7 @@ class Call {
   void list(session::Session& session, Relay& relay, Kiv_ErrorHandle_t code);
 
   const char* function_;
-  // What the recorder answered.
+  // The recorder's status.
   Kiv_ErrorHandle_t code_ = KIV_SUCCESS;
   Answers::Place place_;
 };

@@ -9,7 +9,7 @@
 #include "diagnostics/spin_lock.h"
 #include "output/call_watch.h"
 
-// What the recorder knows the real backend's objects by. The client has the
+// The recorder's handles by the real backend's. The client has the
 // real handles; each is looked up here before the recorder gets a call.
 namespace kiv::relay {
 
@@ -72,7 +72,7 @@ class HandleTable {
     return found == objects_.end() ? nullptr : found->second;
   }
 
-  // What the recorder gets in the place of a handle.
+  // The recorder's handle for a real one.
   void* recorded(void* real) const {
     if (real == nullptr) return nullptr;
     const auto object = find(real);
