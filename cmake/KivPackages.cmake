@@ -1,5 +1,5 @@
-# The packages that CPack makes: three packages for Debian, an archive for other systems. The
-# script tools/package.sh calls it.
+# The packages that CPack makes: three for Debian, an archive for other systems.
+# The script tools/package.sh calls it.
 set(CPACK_PACKAGE_NAME kiv-saver)
 set(CPACK_PACKAGE_VENDOR "the Saver's developers")
 set(CPACK_PACKAGE_CONTACT "the Saver's developers <root@localhost>")
