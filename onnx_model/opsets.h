@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-// The versions of operators, which the calls that add nodes do not say; options
-// of the backend do:
+// The versions of operators. Calls that add nodes do not say them, the
+// backend's options do:
 //
 //   Opsets opsets;
 //   opsets.readOption("onnx.opset:13");

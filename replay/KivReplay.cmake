@@ -100,7 +100,7 @@ function(kiv_replay_write path text)
   endif()
 endfunction()
 
-# What the launcher opens. A target's file is known once all is configured.
+# The paths that the launcher opens. A target's file is known once all is configured.
 function(kiv_replay_write_paths path recording backend)
   kiv_replay_literal(recording "${recording}")
   if(TARGET "${backend}")

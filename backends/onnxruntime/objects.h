@@ -78,8 +78,8 @@ Graph* findGraph(const Context& context, const std::string& name);
 std::uint32_t addTensor(Context& context, const Graph* owner,
                         Kiv_Tensor_t record);
 
-// A Failure for an operation that cannot be part of a model. Logs which version
-// of its operators is taken if no option of the backend says it.
+// A Failure for an operation that cannot be part of a model. If no option of
+// the backend says the version of its operators, the log says which is taken.
 void addNode(Graph& graph, const Kiv_OpConfig_t& config);
 
 // The context's worker, which is started with the first call.

@@ -1,5 +1,5 @@
-// A client as applications are that read pages: what one network gives decides
-// what the next is given.
+// A client like an application that reads pages: the outputs of one network
+// decide the inputs of the next one.
 //
 //   reading_client libBackend.so
 //
