@@ -18,19 +18,25 @@ wine=$(PATH=$PATH:/usr/lib/wine command -v wine64) || {
   exit 1
 }
 server=${wine%64}server
-if [ ! -e "$WINEPREFIX/system.reg" ]; then
-  mkdir -p "$WINEPREFIX"
-  # One of several first runs creates the configuration, the others wait.
+mkdir -p "$WINEPREFIX"
+used=$WINEPREFIX/used
+
+# The services that Wine's first program starts keep that program's output open
+# as long as they run, and they end some time after the last program. So this
+# script starts them, with no output, before a program finds none or finds them
+# ending: they stay for ten minutes, and are woken after five. One of several
+# scripts does so, the others wait.
+if [ -z "$(find "$used" -mmin -5 2>/dev/null)" ]; then
   (
     flock 9
-    [ -e "$WINEPREFIX/system.reg" ] ||
-      { "$wine" wineboot --init; "$server" --wait || true; }
-  ) 9>"$WINEPREFIX/lock" >/dev/null 2>&1
+    if [ -z "$(find "$used" -mmin -5)" ]; then
+      [ -e "$WINEPREFIX/system.reg" ] ||
+        { "$wine" wineboot --init; "$server" --wait || true; } 9>&-
+      "$server" -p600 9>&- || true
+      "$wine" cmd /c exit 9>&-
+      touch "$used"
+    fi
+  ) 9>"$WINEPREFIX/lock" </dev/null >/dev/null 2>&1
 fi
-# A program that starts just when the server of the last one ends comes to
-# nothing, so the server stays for a while. The services that the first program
-# starts must not keep this one's output open.
-if "$server" -p60 >/dev/null 2>&1; then
-  "$wine" cmd /c exit </dev/null >/dev/null 2>&1
-fi
+touch "$used"
 exec "$wine" "$@"
