@@ -14,7 +14,7 @@ using Json = nlohmann::json;
 
 constexpr std::string_view kSuffix = "_kernel_time";
 
-[[noreturn]] void fail(const std::string& why) {
+[[noreturn]] void throwNoTimes(const std::string& why) {
   throw Failure(KIV_PROFILE_ERROR_GENERAL, why);
 }
 
@@ -34,7 +34,7 @@ std::string nameOf(const Json& event) {
 std::vector<NodeTime> readNodeTimes(const std::string& file) {
   std::ifstream stream(file);
   const Json events = Json::parse(stream, nullptr, false);
-  if (!events.is_array()) fail("ONNX Runtime's profile cannot be read");
+  if (!events.is_array()) throwNoTimes("ONNX Runtime's profile cannot be read");
   std::vector<NodeTime> nodes;
   std::unordered_map<std::string, std::size_t> places;
   for (const Json& event : events) {

@@ -11,7 +11,7 @@
 namespace kiv::ort {
 namespace {
 
-[[noreturn]] void refuse(const std::string& why) {
+[[noreturn]] void refuseNode(const std::string& why) {
   throw Failure(KIV_BACKEND_ERROR_INVALID_ARGUMENT, why);
 }
 
@@ -27,7 +27,7 @@ void checkCount(const std::string& type, const std::string& what,
                 std::uint32_t count, int least, int most) {
   if (count < static_cast<std::uint32_t>(least) ||
       count > static_cast<std::uint32_t>(most))
-    refuse(type + " does not " + what);
+    refuseNode(type + " does not " + what);
 }
 
 }  // namespace
@@ -55,8 +55,8 @@ void validateOperation(const onnx_model::Opsets& opsets,
   const onnx::OpSchema* schema = onnx::OpSchemaRegistry::Schema(
       node.op_type(), static_cast<int>(version), node.domain());
   if (schema == nullptr) {
-    refuse("the package " + packageOf(node.domain()) + " has no operator " +
-           node.op_type() + " in version " + std::to_string(version));
+    refuseNode("the package " + packageOf(node.domain()) + " has no operator " +
+               node.op_type() + " in version " + std::to_string(version));
   }
   // Subgraphs are made with the graph, so none exists here.
   throwIf(onnx_model::addAttributes(

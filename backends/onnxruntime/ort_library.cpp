@@ -20,7 +20,7 @@ constexpr int kArenaAllocator = 1;
 constexpr int kDefaultMemory = 0;
 constexpr int kWarning = 2;
 
-[[noreturn]] void fail(const std::string& why) {
+[[noreturn]] void throwNoLibrary(const std::string& why) {
   throw Failure(KIV_BACKEND_ERROR_CANNOT_INITIALIZE, why);
 }
 
@@ -33,16 +33,16 @@ void* load() {
   if (path != nullptr && *path != '\0') {
     void* handle = tryLoad(path);
     if (handle == nullptr) {
-      fail(std::string("cannot load ONNX Runtime from ") + kPathVariable +
-           ": " + dlerror());
+      throwNoLibrary(std::string("cannot load ONNX Runtime from ") +
+                     kPathVariable + ": " + dlerror());
     }
     return handle;
   }
   for (const char* name : kSystemNames)
     if (void* handle = tryLoad(name)) return handle;
-  fail(std::string("the system has no libonnxruntime.so; set ") +
-       kPathVariable +
-       " to the path of ONNX Runtime's library, which tools/setup.sh fetches");
+  throwNoLibrary(
+      std::string("the system has no libonnxruntime.so; set ") + kPathVariable +
+      " to the path of ONNX Runtime's library, which tools/setup.sh fetches");
 }
 
 const OrtBase& loadBase() {
@@ -50,10 +50,12 @@ const OrtBase& loadBase() {
       reinterpret_cast<OrtGetBase>(dlsym(load(), kOrtGetBaseName));
   const OrtBase* base = getBase == nullptr ? nullptr : getBase();
   if (base == nullptr)
-    fail(std::string("the library of ONNX Runtime has no ") + kOrtGetBaseName);
+    throwNoLibrary(std::string("the library of ONNX Runtime has no ") +
+                   kOrtGetBaseName);
   if (base->getApi(kOrtApiVersion) == nullptr) {
-    fail(std::string("ONNX Runtime ") + base->getVersion() + " is too old, 1." +
-         std::to_string(kOrtApiVersion) + " is needed");
+    throwNoLibrary(std::string("ONNX Runtime ") + base->getVersion() +
+                   " is too old, 1." + std::to_string(kOrtApiVersion) +
+                   " is needed");
   }
   return *base;
 }

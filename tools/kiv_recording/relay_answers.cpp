@@ -19,7 +19,7 @@ fs::path besideModelOf(const Recording& recording, const char* name) {
 }
 
 // Members of an object; empty or 0 where they are missing or something else.
-std::string textOf(const nlohmann::json& object, const char* name) {
+std::string textMember(const nlohmann::json& object, const char* name) {
   const auto found = object.find(name);
   return found != object.end() && found->is_string() ? found->get<std::string>()
                                                      : std::string();
@@ -38,7 +38,7 @@ const nlohmann::json* objectOf(const nlohmann::json& line, const char* name) {
 }
 
 RelayAnswers::Call callOf(const nlohmann::json& object, const char* number) {
-  return {numberOf(object, number), textOf(object, "function"),
+  return {numberOf(object, number), textMember(object, "function"),
           numberOf(object, "code")};
 }
 
@@ -60,14 +60,14 @@ class Reader {
   bool begin(const nlohmann::json& line) {
     const nlohmann::json* const backend = objectOf(line, "backend");
     if (backend == nullptr) return false;
-    isOurs_ = textOf(line, "recording") == program_;
+    isOurs_ = textMember(line, "recording") == program_;
     if (!isOurs_) return true;
     RelayAnswers& answers = answers_.emplace();
-    answers.library = textOf(*backend, "library");
-    answers.provider = textOf(*backend, "provider");
+    answers.library = textMember(*backend, "library");
+    answers.provider = textMember(*backend, "provider");
     answers.backendId = numberOf(*backend, "id");
-    answers.apiVersion = textOf(*backend, "api_version");
-    answers.backendVersion = textOf(*backend, "backend_version");
+    answers.apiVersion = textMember(*backend, "api_version");
+    answers.backendVersion = textMember(*backend, "backend_version");
     answers.keepsOutputs =
         line.value("keeps_outputs", nlohmann::json()) == true;
     return true;
@@ -81,7 +81,7 @@ class Reader {
     else if (const nlohmann::json* const dropped =
                  objectOf(line, "outputs_dropped"))
       answers_->dropped = {numberOf(*dropped, "call"),
-                           textOf(*dropped, "reason")};
+                           textMember(*dropped, "reason")};
     else if (line.contains("call"))
       answers_->refused.push_back(callOf(line, "call"));
     else
@@ -121,12 +121,12 @@ std::map<std::size_t, std::uint64_t> RelayAnswers::codesByIndex() const {
 std::optional<RelayAnswers> readRelayAnswers(const Recording& recording) {
   const fs::path path = besideModelOf(recording, "answers.json");
   std::ifstream file(path, std::ios::binary);
-  Reader reader(tool::textOf(recording.modelPath().filename()));
+  Reader reader(textOf(recording.modelPath().filename()));
   for (std::string line; std::getline(file, line);) reader.read(line);
   auto answers = reader.take();
   if (!answers || agree(*answers, recording)) return answers;
   fmt::print(stderr, "{}: it belongs to another recording and is passed over\n",
-             tool::textOf(path));
+             textOf(path));
   return std::nullopt;
 }
 

@@ -5,17 +5,12 @@
 #include <functional>
 #include <string>
 
+#include "kiv_recording/command.h"
+
 // The verbs of the command, one file each. A function adds its verb to the
 // program; `run` does it with the options that were parsed and returns the exit
 // status. From the main thread.
 namespace kiv::tool {
-
-// What the command's exit status says.
-enum ExitStatus {
-  kDone = 0,        // done, or equal
-  kDiffers = 1,     // differs, or failed
-  kUnreadable = 2,  // the recording cannot be read, or wrong usage
-};
 
 struct Verb {
   const CLI::App* options;
