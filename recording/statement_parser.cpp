@@ -1,11 +1,9 @@
 #include "recording/statement_parser.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
 
-#include "format/identifiers.h"
 #include "format/literals.h"
 #include "format/numbers.h"
 #include "recording/blanks.h"
@@ -18,22 +16,9 @@ using format::Field;
 using format::FieldKind;
 using format::Member;
 
-constexpr std::array<bool, 256> kIdentifier = [] {
-  std::array<bool, 256> table{};
-  for (std::size_t i = 0; i < table.size(); ++i)
-    table[i] = format::isIdentifierCharacter(static_cast<char>(i));
-  return table;
-}();
-
-bool isIdentifier(char c) { return kIdentifier[static_cast<unsigned char>(c)]; }
-
 const char* findQuote(const char* from, const char* end) {
   return static_cast<const char*>(
       std::memchr(from, '"', static_cast<std::size_t>(end - from)));
-}
-
-std::string_view between(const char* begin, const char* end) {
-  return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 const char* lineEnd(const char* from, const char* end) {
@@ -47,282 +32,11 @@ constexpr int kMostLines = 32;
 // Where the look for a statement without a line's end behind it stops.
 constexpr std::size_t kShortSearch = std::size_t{1} << 14;
 
-constexpr std::string_view kStatement = "a statement of a recording";
-
 }  // namespace
 
 const char* StatementParser::skipBlanks(const char* at, const char* end) {
   while (at != end && isBlank(*at)) ++at;
   return at;
-}
-
-// ---- tokens ----
-
-bool StatementParser::fail(std::string_view expected) {
-  if (failedAt_ == nullptr || at_ > failedAt_) {
-    failedAt_ = at_;
-    expected_ = expected;
-  }
-  return false;
-}
-
-// A comment with a quote in it is more likely a text's, so it is no blank.
-void StatementParser::skip() {
-  for (;;) {
-    while (at_ != end_ && isBlank(*at_)) ++at_;
-    const std::string_view rest = between(at_, end_);
-    const bool isLine = rest.starts_with("//");
-    if (!isLine && !rest.starts_with("/*")) return;
-    const std::size_t end = isLine ? rest.find('\n') : rest.find("*/", 2);
-    const std::string_view comment = rest.substr(0, end);
-    if (end == std::string_view::npos ||
-        comment.find('"') != std::string_view::npos)
-      return;
-    at_ += end + (isLine ? 0 : 2);
-  }
-}
-
-bool StatementParser::take(char c) {
-  if (at_ == end_ || *at_ != c) {
-    skip();
-    if (at_ == end_ || *at_ != c) {
-      switch (c) {
-        case ',':
-          return fail("','");
-        case ';':
-          return fail("';'");
-        case '{':
-          return fail("'{'");
-        case '}':
-          return fail("'}'");
-        case '(':
-          return fail("'('");
-        case ')':
-          return fail("')'");
-        default:
-          return fail(kStatement);
-      }
-    }
-  }
-  ++at_;
-  return true;
-}
-
-bool StatementParser::takeWord(std::string_view word) {
-  skip();
-  const std::string_view rest = between(at_, end_);
-  if (!rest.starts_with(word) ||
-      (isIdentifier(word.back()) && rest.size() > word.size() &&
-       isIdentifier(rest[word.size()])))
-    return fail(word);
-  at_ += word.size();
-  return true;
-}
-
-// The lead of a union's member, with any blanks in it and around.
-bool StatementParser::takeLead(std::string_view lead) {
-  skip();
-  if (between(at_, end_).starts_with(lead)) {
-    at_ += lead.size();
-    return true;
-  }
-  const char* const start = at_;
-  for (const char c : lead) {
-    if (isBlank(c)) continue;
-    if (at_ != end_ && *at_ != c) skip();
-    if (at_ == end_ || *at_ != c) {
-      at_ = start;
-      return fail(lead);
-    }
-    ++at_;
-  }
-  return true;
-}
-
-bool StatementParser::takeNull() {
-  const std::string_view rest = between(at_, end_);
-  if (!rest.starts_with(format::kNullText) ||
-      (rest.size() > format::kNullText.size() &&
-       isIdentifier(rest[format::kNullText.size()])))
-    return false;
-  at_ += format::kNullText.size();
-  return true;
-}
-
-bool StatementParser::identifier(std::string_view& name) {
-  if (at_ == end_ || !isIdentifier(*at_)) skip();
-  const char* const start = at_;
-  while (at_ != end_ && isIdentifier(*at_)) ++at_;
-  name = between(start, at_);
-  if (name.empty() || format::isDigit(name.front())) {
-    at_ = start;
-    return fail("a name");
-  }
-  return true;
-}
-
-bool StatementParser::unsignedNumber(std::uint64_t& number) {
-  skip();
-  const char* const start = at_;
-  while (at_ != end_ && format::isDigit(*at_)) ++at_;
-  const auto parsed = format::parseNumber<std::uint64_t>(between(start, at_));
-  if (!parsed) {
-    at_ = start;
-    return fail("a number");
-  }
-  number = *parsed;
-  return true;
-}
-
-Item& StatementParser::add(FieldKind kind, std::uint32_t offset,
-                           const char* begin, const char* end) {
-  Item& item = statement_.items.emplace_back();
-  item.kind = kind;
-  item.offset = offset;
-  item.begin = begin;
-  item.end = end;
-  return item;
-}
-
-// ---- values ----
-
-bool StatementParser::number(FieldKind kind, std::uint32_t offset) {
-  if (at_ != end_ && isBlank(*at_)) skip();
-  const char* const start = at_;
-  if (at_ != end_ && *at_ == '-') ++at_;
-  const char* const digits = at_;
-  while (at_ != end_ && format::isDigit(*at_)) ++at_;
-  if (at_ == digits) {
-    at_ = start;
-    skip();
-    if (at_ != start) return number(kind, offset);
-    return fail("a number");
-  }
-  add(kind, offset, start, at_);
-  return true;
-}
-
-// Values without digits are expressions in parentheses.
-bool StatementParser::real(std::uint32_t offset) {
-  skip();
-  const char* const start = at_;
-  if (at_ != end_ && *at_ == '(') {
-    while (at_ != end_ && *at_ != ')' && *at_ != '\n') ++at_;
-    if (at_ != end_ && *at_ == ')') ++at_;
-  } else {
-    constexpr std::string_view kCharacters = "0123456789+-.eEfF";
-    while (at_ != end_ && kCharacters.find(*at_) != std::string_view::npos)
-      ++at_;
-  }
-  if (at_ == start) return fail("a number");
-  add(FieldKind::kFloat, offset, start, at_);
-  return true;
-}
-
-bool StatementParser::cast(std::string_view type) {
-  return take('(') && takeWord(type) && take(')');
-}
-
-bool StatementParser::enumValue(std::string_view type, FieldKind kind,
-                                std::uint32_t offset) {
-  if (!cast(type) || !number(kind, offset)) return false;
-  const Item& item = statement_.items.back();
-  tag_ = format::parseNumber<std::uint32_t>(item.text()).value_or(~0U);
-  return true;
-}
-
-bool StatementParser::reference(FieldKind kind, std::string_view type,
-                                std::uint32_t offset, bool mayBeNull) {
-  skip();
-  if (mayBeNull && takeNull()) {
-    add(kind, offset, nullptr, nullptr).type = type;
-    return true;
-  }
-  if (kind == FieldKind::kAddress && !take('&')) return fail("'&'");
-  if (kind == FieldKind::kData &&
-      !(take('(') && takeWord("void") && takeWord("*") && take(')')))
-    return false;
-  std::string_view name;
-  if (!identifier(name)) return false;
-  add(kind, offset, name.data(), name.data() + name.size()).type = type;
-  return true;
-}
-
-bool StatementParser::tensorId(std::uint32_t offset) {
-  skip();
-  if (at_ != end_ && format::isDigit(*at_))
-    return number(FieldKind::kTensorId, offset);
-  std::string_view name;
-  if (!identifier(name) || !takeWord(".")) return false;
-  std::uint8_t version = 1;
-  if (!takeWord("v1")) {
-    if (!takeWord("v2")) return false;
-    version = 2;
-  }
-  if (!takeWord(".") || !takeWord("id")) return false;
-  add(FieldKind::kTensorId, offset, name.data(), name.data() + name.size())
-      .version = version;
-  return true;
-}
-
-bool StatementParser::inlineFields(const format::Record& record,
-                                   std::uint32_t offset) {
-  if (!take('{')) return false;
-  bool isFirst = true;
-  for (const Field& field : record.fields) {
-    if (!isFirst && !take(',')) return false;
-    isFirst = false;
-    if (!value(field.kind, field.type, field.record,
-               offset + static_cast<std::uint32_t>(field.offset)))
-      return false;
-  }
-  return take('}');
-}
-
-bool StatementParser::sparse(std::string_view type, std::uint32_t offset) {
-  return take('{') && enumValue(type, FieldKind::kEnum, offset) && take(',') &&
-         take('{') && number(FieldKind::kU32, offset + 4) && take(',') &&
-         number(FieldKind::kU32, offset + 8) && take('}') && take('}');
-}
-
-bool StatementParser::value(FieldKind kind, std::string_view type,
-                            const format::Record* record,
-                            std::uint32_t offset) {
-  switch (kind) {
-    case FieldKind::kU8:
-    case FieldKind::kU16:
-    case FieldKind::kU32:
-    case FieldKind::kU64:
-    case FieldKind::kI8:
-    case FieldKind::kI16:
-    case FieldKind::kI32:
-    case FieldKind::kBool:
-      return number(kind, offset);
-    case FieldKind::kFloat:
-      return real(offset);
-    case FieldKind::kEnum:
-      return enumValue(type, kind, offset);
-    case FieldKind::kInline:
-      return inlineFields(*record, offset);
-    case FieldKind::kRecord:
-      return reference(kind, type, offset, false);
-    case FieldKind::kArray:
-    case FieldKind::kAddress:
-    case FieldKind::kData:
-      return reference(kind, type, offset, true);
-    case FieldKind::kTensorId:
-      return tensorId(offset);
-    case FieldKind::kNull:
-      return takeWord(format::kNullText);
-    case FieldKind::kSparse:
-      return sparse(type, offset);
-    case FieldKind::kFixed:
-      return true;
-    case FieldKind::kText:
-    case FieldKind::kUnion:
-      return false;
-  }
-  return false;
 }
 
 // ---- texts ----
@@ -360,21 +74,6 @@ bool StatementParser::text(std::uint32_t offset, Rest&& rest) {
     --budget_.quotes;
   }
   return fail("the end of a text");
-}
-
-bool StatementParser::escapedText(std::uint32_t offset) {
-  skip();
-  if (takeNull()) {
-    add(FieldKind::kText, offset, nullptr, nullptr);
-    return true;
-  }
-  if (!take('"')) return fail("a text in quotes or NULL");
-  const char* const start = at_;
-  while (at_ != end_ && *at_ != '"' && *at_ != '\n')
-    at_ += *at_ == '\\' && end_ - at_ > 1 ? 2 : 1;
-  if (at_ == end_ || *at_ != '"') return fail("the end of a text");
-  add(FieldKind::kText, offset, start, at_++);
-  return true;
 }
 
 // ---- records ----
@@ -800,8 +499,7 @@ bool StatementParser::parseOnce(const char* at) {
 // the other, so that the reading with the first end is found, then a longer
 // stretch, and then one without a line's end behind the statement.
 bool StatementParser::parse(const char* at, const Recording::Reading* reading) {
-  failedAt_ = nullptr;
-  expected_ = kStatement;
+  forgetFailure();
   reading_ = reading;
   const auto left = static_cast<std::size_t>(end_ - at);
   const auto attempt = [&](std::size_t search, bool wantsLineEnd) {
