@@ -2,37 +2,25 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
-#include "format/calls.h"
-#include "format/element_types.h"
-#include "format/enum_value.h"
-#include "kiv_recording/program_text.h"
-#include "kiv_recording/progress.h"
 #include "kiv_recording/recordings.h"
 #include "kiv_recording/relay_answers.h"
 #include "kiv_recording/relay_report.h"
+#include "kiv_recording/session_facts.h"
 #include "kiv_recording/verbs.h"
-#include "recording/program.h"
-#include "recording/statuses.h"
 
 namespace kiv::tool {
 namespace {
 
 namespace fs = std::filesystem;
-namespace calls = format::calls;
 using Json = nlohmann::ordered_json;
-using recording::Arguments;
-using recording::Program;
 using recording::Recording;
-using recording::Value;
 
 constexpr const char* kInfoDescription =
     "Show what the recording holds and what a replay needs";
@@ -51,235 +39,6 @@ struct InfoOptions {
   bool isJson = false;
 };
 
-std::string elementTypeName(std::uint32_t type) {
-  switch (type) {
-    case KIV_DATA_TYPE_INT_8:
-      return "int 8";
-    case KIV_DATA_TYPE_INT_16:
-      return "int 16";
-    case KIV_DATA_TYPE_INT_32:
-      return "int 32";
-    case KIV_DATA_TYPE_INT_64:
-      return "int 64";
-    case KIV_DATA_TYPE_UINT_8:
-      return "uint 8";
-    case KIV_DATA_TYPE_UINT_16:
-      return "uint 16";
-    case KIV_DATA_TYPE_UINT_32:
-      return "uint 32";
-    case KIV_DATA_TYPE_UINT_64:
-      return "uint 64";
-    case KIV_DATA_TYPE_FLOAT_16:
-      return "float 16";
-    case KIV_DATA_TYPE_FLOAT_32:
-      return "float 32";
-    case KIV_DATA_TYPE_FLOAT_64:
-      return "float 64";
-    case KIV_DATA_TYPE_SFIXED_POINT_4:
-      return "sfixed point 4";
-    case KIV_DATA_TYPE_SFIXED_POINT_8:
-      return "sfixed point 8";
-    case KIV_DATA_TYPE_SFIXED_POINT_16:
-      return "sfixed point 16";
-    case KIV_DATA_TYPE_SFIXED_POINT_32:
-      return "sfixed point 32";
-    case KIV_DATA_TYPE_UFIXED_POINT_4:
-      return "ufixed point 4";
-    case KIV_DATA_TYPE_UFIXED_POINT_8:
-      return "ufixed point 8";
-    case KIV_DATA_TYPE_UFIXED_POINT_16:
-      return "ufixed point 16";
-    case KIV_DATA_TYPE_UFIXED_POINT_32:
-      return "ufixed point 32";
-    case KIV_DATA_TYPE_BOOL_8:
-      return "bool 8";
-    default:
-      return fmt::format("type {:#x}", type);
-  }
-}
-
-// One tensor of a session.
-struct Tensor {
-  std::string name;
-  std::string owner;
-  std::string elementType;
-  std::uint32_t type = 0;
-  std::vector<std::uint32_t> dimensions;
-  std::uint64_t bytes = 0;
-};
-
-struct Graph {
-  std::string name;
-  std::uint64_t nodes = 0;
-  std::uint64_t tensors = 0;
-  std::uint64_t executions = 0;
-};
-
-struct Group {
-  std::uint64_t count = 0;
-  std::uint64_t bytes = 0;
-};
-
-struct Facts {
-  std::map<std::string_view, std::uint64_t> functions;
-  std::uint64_t contexts = 0;
-  std::vector<Graph> graphs;
-  std::map<std::string, std::uint64_t> operators;
-  std::map<std::string, Group> elementTypes;
-  std::vector<Tensor> largest;
-  std::vector<Tensor> inputs;
-  std::vector<Tensor> outputs;
-  std::uint64_t executions = 0;
-  std::set<std::string> opPackages;
-  std::uint64_t binaries = 0;
-  // Calls that could not be read.
-  std::uint64_t unread = 0;
-  std::uint64_t unknownStatements = 0;
-};
-
-const char* textArgument(const Arguments& arguments, std::string_view name) {
-  const Value* value = arguments.find(name);
-  return value == nullptr ? nullptr : value->pointer<const char>();
-}
-
-template <typename Fields>
-Tensor tensorOf(const Fields& fields) {
-  Tensor tensor;
-  tensor.name = orEmpty(fields.name);
-  tensor.elementType = elementTypeName(format::enumValue(fields.dataType));
-  tensor.type = format::enumValue(fields.type);
-  if (fields.dimensions != nullptr)
-    tensor.dimensions.assign(fields.dimensions,
-                             fields.dimensions + fields.rank);
-  if (format::enumValue(fields.memType) == KIV_TENSOR_MEM_TYPE_CLIENT_BUFFER &&
-      fields.clientBuf.data != nullptr)
-    tensor.bytes = fields.clientBuf.dataSize;
-  return tensor;
-}
-
-// Goes through the calls once.
-class Collector {
- public:
-  Facts collect(const Recording& recording) {
-    const DataFile data = DataFile::openOrZeros(recording);
-    Program program(recording, data.bytes());
-    Arguments arguments;
-    Progress progress("calls", recording.calls().size());
-    for (std::size_t i = 0; i < recording.calls().size(); ++i) {
-      progress.reach(i);
-      ++facts_.functions[recording.functionName(i)];
-      facts_.unknownStatements += recording.calls()[i].unknownStatements;
-      if (program.begin(i, arguments)) {
-        ++facts_.unread;
-        continue;
-      }
-      add(arguments);
-      program.end(i);
-    }
-    return std::move(facts_);
-  }
-
- private:
-  static constexpr std::size_t kLargest = 5;
-
-  void add(const Arguments& arguments) {
-    const format::Function* function = arguments.function;
-    if (function == &calls::kGraphAddNode) {
-      addNode(arguments);
-    } else if (function == &calls::kTensorCreateGraphTensor ||
-               function == &calls::kTensorCreateContextTensor) {
-      addTensor(arguments);
-    } else if (function == &calls::kGraphExecute) {
-      ++facts_.executions;
-      ++graphOf(arguments).executions;
-    } else if (function == &calls::kGraphCreate ||
-               function == &calls::kGraphCreateSubgraph ||
-               function == &calls::kGraphRetrieve) {
-      addGraph(arguments);
-    } else if (function == &calls::kContextCreate) {
-      ++facts_.contexts;
-    } else if (function == &calls::kContextCreateFromBinary ||
-               function == &calls::kContextCreateFromBinaryWithSignal) {
-      ++facts_.contexts;
-      ++facts_.binaries;
-    } else if (function == &calls::kBackendRegisterOpPackage) {
-      facts_.opPackages.insert(orEmpty(textArgument(arguments, "packagePath")));
-    }
-  }
-
-  void addGraph(const Arguments& arguments) {
-    const std::string_view parameter =
-        arguments.function == &calls::kGraphCreateSubgraph ? "subgraph"
-                                                           : "graph";
-    std::string name = orEmpty(textArgument(arguments, "name"));
-    std::size_t index = facts_.graphs.size();
-    // A graph that is retrieved may have been created before.
-    if (arguments.function == &calls::kGraphRetrieve)
-      index = static_cast<std::size_t>(
-          std::ranges::find(facts_.graphs, name, &Graph::name) -
-          facts_.graphs.begin());
-    graphs_[std::string(arguments.find(parameter)->variable)] = index;
-    if (index == facts_.graphs.size()) facts_.graphs.push_back({name});
-  }
-
-  // One for all calls on graphs that nothing creates.
-  Graph& graphOf(const Arguments& arguments) {
-    const Value* value = arguments.find("graph");
-    const auto found = value == nullptr
-                           ? graphs_.end()
-                           : graphs_.find(std::string(value->variable));
-    return found == graphs_.end() ? noGraph_ : facts_.graphs[found->second];
-  }
-
-  void addNode(const Arguments& arguments) {
-    const auto* config =
-        arguments.find("opConfig")->pointer<const Kiv_OpConfig_t>();
-    ++graphOf(arguments).nodes;
-    if (config != nullptr &&
-        format::enumValue(config->version) == KIV_OP_CONFIG_VERSION_1)
-      ++facts_.operators[orEmpty(config->v1.typeName)];
-  }
-
-  void addTensor(const Arguments& arguments) {
-    const auto* record =
-        arguments.find("tensor")->pointer<const Kiv_Tensor_t>();
-    if (record == nullptr) return;
-    Tensor tensor = format::enumValue(record->version) == KIV_TENSOR_VERSION_2
-                        ? tensorOf(record->v2)
-                        : tensorOf(record->v1);
-    if (arguments.find("graph") != nullptr) {
-      Graph& graph = graphOf(arguments);
-      ++graph.tensors;
-      tensor.owner = graph.name;
-    }
-    Group& group = facts_.elementTypes[tensor.elementType];
-    ++group.count;
-    group.bytes += tensor.bytes;
-    const bool isBoth = tensor.type == KIV_TENSOR_TYPE_INPUT_OUTPUT;
-    if (isBoth || tensor.type == KIV_TENSOR_TYPE_INPUT)
-      facts_.inputs.push_back(tensor);
-    if (isBoth || tensor.type == KIV_TENSOR_TYPE_OUTPUT)
-      facts_.outputs.push_back(tensor);
-    keepIfLarge(std::move(tensor));
-  }
-
-  void keepIfLarge(Tensor tensor) {
-    std::vector<Tensor>& largest = facts_.largest;
-    if (tensor.bytes == 0 ||
-        (largest.size() == kLargest && largest.back().bytes >= tensor.bytes))
-      return;
-    const auto place = std::ranges::upper_bound(
-        largest, tensor.bytes, std::ranges::greater(), &Tensor::bytes);
-    largest.insert(place, std::move(tensor));
-    if (largest.size() > kLargest) largest.pop_back();
-  }
-
-  Facts facts_;
-  Graph noGraph_;
-  // By their variables.
-  std::map<std::string, std::size_t> graphs_;
-};
-
 // The backend that the session was made for, as far as the program says it.
 std::string backendOf(const Recording& recording) {
   const bool isGpu = std::ranges::any_of(
@@ -290,7 +49,7 @@ std::string backendOf(const Recording& recording) {
 
 // What a replay needs beside a backend, and what keeps it from being one.
 std::vector<std::string> needsOf(const Recording& recording,
-                                 const Facts& facts) {
+                                 const SessionFacts& facts) {
   std::vector<std::string> needs;
   needs.push_back(
       fmt::format("a backend with {} functions", facts.functions.size()));
@@ -318,13 +77,13 @@ std::vector<std::string> needsOf(const Recording& recording,
   return needs;
 }
 
-std::string dimensionsOf(const Tensor& tensor) {
+std::string dimensionsOf(const SessionFacts::Tensor& tensor) {
   return fmt::format("{}", fmt::join(tensor.dimensions, " x "));
 }
 
-Json jsonOf(const std::vector<Tensor>& tensors) {
+Json jsonOf(const std::vector<SessionFacts::Tensor>& tensors) {
   Json json = Json::array();
-  for (const Tensor& tensor : tensors)
+  for (const SessionFacts::Tensor& tensor : tensors)
     json.push_back({{"name", tensor.name},
                     {"graph", tensor.owner},
                     {"elementType", tensor.elementType},
@@ -339,7 +98,7 @@ std::uint64_t sizeOf(const std::optional<fs::path>& path) {
   return error ? 0 : size;
 }
 
-Json jsonOf(const Recording& recording, const Facts& facts) {
+Json jsonOf(const Recording& recording, const SessionFacts& facts) {
   Json json;
   json["modelFile"] = {{"path", textOf(recording.modelPath())},
                        {"bytes", recording.text().size()}};
@@ -356,7 +115,7 @@ Json jsonOf(const Recording& recording, const Facts& facts) {
   json["contexts"] = facts.contexts;
   json["executions"] = facts.executions;
   json["graphs"] = Json::array();
-  for (const Graph& graph : facts.graphs)
+  for (const SessionFacts::Graph& graph : facts.graphs)
     json["graphs"].push_back({{"name", graph.name},
                               {"nodes", graph.nodes},
                               {"tensors", graph.tensors},
@@ -387,10 +146,11 @@ void showFiles(const Recording& recording) {
     fmt::print("end         none: it was cut off behind its whole calls\n");
 }
 
-void showTensors(std::string_view title, const std::vector<Tensor>& tensors) {
+void showTensors(std::string_view title,
+                 const std::vector<SessionFacts::Tensor>& tensors) {
   if (tensors.empty()) return;
   fmt::print("\n{}\n", title);
-  for (const Tensor& tensor : tensors)
+  for (const SessionFacts::Tensor& tensor : tensors)
     fmt::print("  {:<40} {} [{}]{}\n", recording::shortened(tensor.name),
                tensor.elementType, dimensionsOf(tensor),
                tensor.bytes == 0 ? std::string()
@@ -407,14 +167,14 @@ void showCounts(std::string_view title, const Counts& counts) {
                count);
 }
 
-void showText(const Recording& recording, const Facts& facts) {
+void showText(const Recording& recording, const SessionFacts& facts) {
   showFiles(recording);
   fmt::print("calls       {}\n", recording.calls().size());
   fmt::print("contexts    {}\n", facts.contexts);
   fmt::print("executions  {}\n", facts.executions);
   showCounts("calls by function", facts.functions);
   if (!facts.graphs.empty()) fmt::print("\ngraphs\n");
-  for (const Graph& graph : facts.graphs)
+  for (const SessionFacts::Graph& graph : facts.graphs)
     fmt::print("  {:<40} {} nodes, {} tensors, {} executions\n",
                recording::shortened(graph.name), graph.nodes, graph.tensors,
                graph.executions);
@@ -433,7 +193,7 @@ void showText(const Recording& recording, const Facts& facts) {
 int info(const InfoOptions& options) {
   const auto recording = open(options.recording);
   if (!recording) return kUnreadable;
-  const Facts facts = Collector().collect(*recording);
+  const SessionFacts facts = collectFacts(*recording);
   const auto answers = readRelayAnswers(*recording);
   if (options.isJson) {
     Json json = jsonOf(*recording, facts);
