@@ -6,14 +6,8 @@
 set -euo pipefail
 build=$1 sources=$2 compiler=$3
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 
 cmake --install "$build" --prefix "$work/first" >log || fail "$(cat log)"
 mv first prefix

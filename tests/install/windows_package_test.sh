@@ -5,14 +5,8 @@
 #   windows_package_test.sh BUILD_DIRECTORY OUTSIDE_SOURCES RUNNER C_COMPILER
 set -euo pipefail
 build=$1 sources=$2 runner=$3 compiler=$4
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 
 cpack --config "$build/CPackConfig.cmake" -B "$work" >log 2>&1 ||
   fail "$(cat log)"

@@ -7,15 +7,9 @@ set -euo pipefail
 
 recorder=$1 client=$2 relay=$3 adder=$4 runner=${5:-}
 drive=${runner:+Z:}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 export KIV_RELAY_BACKEND=$drive$adder
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
 
 record() { # STATUS DIRECTORY VARIABLE=VALUE...
   local status=0

@@ -7,14 +7,8 @@ set -euo pipefail
 
 recorder=$1 onnx_client=$2 adding_client=$3 saver=$4 adder=$5
 shift 5
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 
 run() { # STATUS VERB ARGUMENT...
   local expected=$1 status=0

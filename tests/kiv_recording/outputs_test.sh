@@ -7,16 +7,10 @@ set -euo pipefail
 
 recorder=$1 client=$2 saver=$3 adder=$4 runner=${5:-}
 drive=${runner:+Z:}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 ${runner:+"$runner"} "$client" --backend "$drive$saver" \
   --output-dir "$drive$work/recording" add >/dev/null
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
 
 # Runs a verb, which must end with that status; both outputs are in `output`.
 run() { # STATUS VERB ARGUMENT...

@@ -5,9 +5,8 @@
 set -euo pipefail
 
 recording=$1 saver=$2 tracer=$3 application=$4 linked=$5 relay=$6
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 
 fail() {
   echo "FAILED: $1"

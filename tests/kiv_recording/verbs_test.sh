@@ -9,16 +9,10 @@ set -euo pipefail
 tree=$1 recorder=$2 tracer=$3 runner=${4:-}
 drive=${runner:+Z:}
 golden=$tree/tests/kiv_recording/golden
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 cp -r "$tree/tests/golden" recording
 rm recording/*.cpp recording/*.h
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
 
 # Runs a verb, which must end with that status; both outputs are in `output`.
 run() { # STATUS VERB ARGUMENT...

@@ -8,14 +8,8 @@
 set -euo pipefail
 client=$1 saver=$2 recorder=$3 backend=${4:-}
 
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 
 "$client" "$saver" >printed || fail "the client on the Saver"
 grep -qx 'found 0 numbers' printed || fail "found numbers in zeros: $(cat printed)"

@@ -13,17 +13,11 @@ if [ ! -f "${KIV_ONNXRUNTIME:-}" ]; then
   echo "skipped: nothing computes here"
   exit 77
 fi
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 # ONNX Runtime leaves some bytes of its own behind.
 echo 'leak:libonnxruntime.so' >leaks
 export LSAN_OPTIONS=suppressions=$work/leaks:print_suppressions=0
-
-fail() {
-  echo "FAILED: $1"
-  exit 1
-}
 
 "$client" "$backend" >direct
 KIV_SAVER_OUTPUT_DIRECTORY=relayed KIV_RELAY_KEEP_OUTPUTS=1 \

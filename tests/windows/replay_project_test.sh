@@ -6,14 +6,8 @@
 set -euo pipefail
 tree=$1 runner=$2 client=$3 saver=$4 tracer=$5
 shift 5
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-
-fail() {
-  echo "$1"
-  exit 1
-}
+# shellcheck source=tests/support/shell_test.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/shell_test.sh"
 
 replay() { # RECORDING TRACE
   cmake -G Ninja -S "$tree/replay" -B "build_$2" "${options[@]}" \

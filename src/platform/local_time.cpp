@@ -14,7 +14,11 @@ std::tm localTime(int* milliseconds) {
         std::chrono::duration_cast<std::chrono::milliseconds>(rest).count());
   }
   std::tm result{};
+#ifdef _WIN32
   ::localtime_s(&result, &now);
+#else
+  ::localtime_r(&now, &result);
+#endif
   return result;
 }
 
