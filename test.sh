@@ -9,10 +9,6 @@
 #
 # ./test.sh quick checks the format and runs the tests of the recorder, of
 # Tracer and of the reader, for the minutes between two changes.
-#
-# Sources of one folder are compiled together (CMAKE_UNITY_BUILD), which takes a
-# third of the time; `cmake --preset debug -DCMAKE_UNITY_BUILD=OFF` turns it off
-# again in build/debug.
 set -euo pipefail
 export LC_ALL=C
 
@@ -41,8 +37,7 @@ files() { # PATTERN...
 }
 
 configure() { # PRESET OPTION...
-  cmake --preset "$1" -DKIV_WARNINGS_AS_ERRORS=ON -DCMAKE_UNITY_BUILD=ON \
-    -DCMAKE_UNITY_BUILD_BATCH_SIZE=32 "${@:2}"
+  cmake --preset "$1" -DKIV_WARNINGS_AS_ERRORS=ON "${@:2}"
 }
 
 check_format() {
