@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "KivTypes.h"
 #include "format/identifiers.h"
@@ -82,25 +83,6 @@ void CodeStream::grow(std::size_t size) {
   text_ = std::move(larger);
   end_ = text_.get() + used;
   limit_ = text_.get() + wanted;
-}
-
-void CodeStream::NameMemory::addBlock(std::size_t size) {
-  const std::size_t wanted = std::max(kBlockSize, size);
-  auto block = std::make_unique_for_overwrite<char[]>(wanted);
-  fullBlocks_.push_back(std::move(block_));
-  block_ = std::move(block);
-  next_ = block_.get();
-  limit_ = next_ + wanted;
-}
-
-// The first block has the usual size.
-void CodeStream::NameMemory::clear() {
-  if (!fullBlocks_.empty()) {
-    block_ = std::move(fullBlocks_.front());
-    limit_ = block_.get() + kBlockSize;
-    fullBlocks_.clear();
-  }
-  next_ = block_.get();
 }
 
 // ---- names ----

@@ -1,10 +1,8 @@
 #pragma once
 
 #include <array>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <span>
@@ -17,19 +15,10 @@
 #include "format/literals.h"
 #include "format/numbers.h"
 #include "format/parts.h"
+#include "output/name_memory.h"
+#include "output/put_text.h"
 
 namespace kiv::output {
-
-// A variable of the generated program. Its text lives until the call's end.
-struct Name {
-  std::string_view text = {};
-
-  bool isEmpty() const { return text.empty(); }
-};
-
-// The same with the family that says which parts it may have.
-template <format::Family kFamily>
-struct NameOf : Name {};
 
 // A part of a record's row that is no value in the record: the variable of
 // a reference, empty for NULL, or the member of a union with its reference.
@@ -223,34 +212,6 @@ class CodeStream {
   std::span<const char* const> unsafeTexts() const { return unsafeTexts_; }
 
  private:
-  // Memory for the texts of names, which stay where they are.
-  class NameMemory {
-   public:
-    NameMemory()
-        : block_(std::make_unique<char[]>(kBlockSize)),
-          next_(block_.get()),
-          limit_(next_ + kBlockSize) {}
-    // Where `size` characters are free, and are taken by takeTo() their end.
-    char* room(std::size_t size) {
-      if (static_cast<std::size_t>(limit_ - next_) < size) addBlock(size);
-      return next_;
-    }
-    std::string_view takeTo(char* end) {
-      const char* const text = std::exchange(next_, end);
-      return {text, static_cast<std::size_t>(end - text)};
-    }
-    void clear();
-
-   private:
-    void addBlock(std::size_t size);
-
-    static constexpr std::size_t kBlockSize = std::size_t{1} << 14;
-    std::unique_ptr<char[]> block_;
-    char* next_;
-    char* limit_;
-    std::vector<std::unique_ptr<char[]>> fullBlocks_;
-  };
-
   // Room for `size` more characters at the text's end.
   char* room(std::size_t size) {
     if (static_cast<std::size_t>(limit_ - end_) < size) grow(size);
@@ -264,53 +225,6 @@ class CodeStream {
     return end_;
   }
   void grow(std::size_t size);
-
-  // Writes behind `to`, where there is room, and returns the end.
-  // Names have some dozen characters: a call of memcpy costs more than two
-  // copies of a fixed size that overlap.
-  static char* put(char* to, std::string_view text) {
-    const std::size_t size = text.size();
-    if (size >= 32 && size <= 64) {
-      putHalves<32>(to, text);
-    } else if (size >= 16 && size < 32) {
-      putHalves<16>(to, text);
-    } else if (size >= 8 && size < 16) {
-      putHalves<8>(to, text);
-    } else if (size != 0) {
-      std::memcpy(to, text.data(), size);
-    }
-    return to + size;
-  }
-  template <std::size_t kHalf>
-  static void putHalves(char* to, std::string_view text) {
-    const std::size_t second = text.size() - kHalf;
-    std::memcpy(to, text.data(), kHalf);
-    std::memcpy(to + second, text.data() + second, kHalf);
-  }
-  template <std::size_t kSize>
-  static char* put(char* to, const std::array<char, kSize>& text) {
-    std::memcpy(to, text.data(), kSize);
-    return to + kSize;
-  }
-  // Most numbers are small.
-  template <typename Number>
-  requires std::is_arithmetic_v<Number>
-  static char* put(char* to, Number number) {
-    if constexpr (std::unsigned_integral<Number>) {
-      if (number < 10) {
-        *to = static_cast<char>('0' + number);
-        return to + 1;
-      }
-    }
-    return format::formatNumber(to, number);
-  }
-
-  template <typename Value>
-  static Value valueAt(const std::byte* from) {
-    Value value{};
-    std::memcpy(&value, from, sizeof(value));
-    return value;
-  }
 
   void begin(std::string_view type, Name name) {
     char* to = room(kIndent.size() + type.size() + 1 + name.text.size());
@@ -351,16 +265,6 @@ class CodeStream {
   std::vector<DataRun> runs_;
   std::vector<const char*> unsafeTexts_;
 };
-
-template <std::size_t kSize>
-constexpr std::array<char, kSize> concatenated(
-    std::initializer_list<std::string_view> texts) {
-  std::array<char, kSize> result{};
-  std::size_t end = 0;
-  for (const std::string_view text : texts)
-    for (const char c : text) result[end++] = c;
-  return result;
-}
 
 inline void CodeStream::append(std::string_view text) {
   end_ = put(room(text.size()), text);
