@@ -16,13 +16,13 @@ std::string numberText(double number, int digits) {
 }
 
 std::string placeOf(std::uint64_t index, const Shape& shape) {
-  std::string place;
+  std::string place = "]";
   for (std::size_t i = shape.size(); i-- > 0;) {
-    place.insert(0, place.empty() ? "" : ", ");
-    place.insert(0, std::to_string(index % shape[i]));
+    place = std::to_string(index % shape[i]) + place;
+    if (i != 0) place = ", " + place;
     index /= shape[i];
   }
-  return "[" + place + "]";
+  return "[" + place;
 }
 
 // Integers beyond 2^53 that differ may be the same double.
