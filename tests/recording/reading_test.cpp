@@ -64,6 +64,14 @@ TEST(RecordingReading, FindsTheCallsAndTheirParts) {
   EXPECT_EQ(details.statements[7].line, call->line);
   EXPECT_TRUE(recording->text(details.statements[7].span)
                   .starts_with("VALIDATE(error, interface.tensorCreate"));
+  // Records of the call itself are no earlier ones.
+  const auto context =
+      std::ranges::find(calls, &format::calls::kContextCreate, &Call::function);
+  ASSERT_NE(context, calls.end());
+  EXPECT_EQ(
+      recording->details(static_cast<std::size_t>(context - calls.begin()))
+          .uses,
+      (std::vector<std::string_view>{"backend_0", "device_0"}));
 }
 
 // As editors, other systems and people leave a recording.

@@ -87,14 +87,20 @@ TEST(RecordingTexts, NamesWithQuotesHaveOneReading) {
   }
 }
 
-// A compiler would take the rest of the name for a comment.
-TEST(RecordingTexts, ATextThatEndsInACommentIsReportedAndReadBack) {
-  const Comparison texts = compare(graphWithTensor(
+// A compiler would take the rest of the name for a comment, or for a record of
+// the same name.
+TEST(RecordingTexts, ATextThatHoldsAStatementsEndIsReportedAndReadBack) {
+  const std::string end =
       "x\", (Kiv_TensorType_t)0, 0, (Kiv_DataType_t)562, "
       "graph_a_tensor_0_quantizeParams, 0, NULL, (Kiv_TensorMemType_t)0, "
-      "graph_a_tensor_0_clientBuf};\n   // "));
-  EXPECT_EQ(texts.direct, texts.replayed);
-  EXPECT_TRUE(texts.isAmbiguous);
+      "graph_a_tensor_0_clientBuf};\n   ";
+  for (const char* behind :
+       {"// ", "Kiv_TensorV1_t graph_a_tensor_0_v1 = {0, \"y"}) {
+    const std::string name = end + behind;
+    const Comparison texts = compare(graphWithTensor(name.c_str()));
+    EXPECT_EQ(texts.direct, texts.replayed);
+    EXPECT_TRUE(texts.isAmbiguous) << behind;
+  }
 }
 
 // {"a", "b", "c", "d", 0, ...} has three texts: the variable's name says where
@@ -104,8 +110,8 @@ TEST(RecordingTexts, TheRestOfTheRecordingChoosesBetweenReadings) {
     const Objects objects = createObjects(api);
     for (const char* name : {"a\", \"b", "plain", "a"}) {
       Kiv_OpConfig_t node = emptyOpConfig(name);
-      node.v1.packageName = "pkg";
-      node.v1.typeName = name[1] == '\0' ? "b\", \"Conv" : "Conv";
+      node.v1.packageName = name[1] == '\0' ? "p\", \"q" : "pkg";
+      node.v1.typeName = "Conv";
       api.graphAddNode(objects.graph, node);
     }
   });
