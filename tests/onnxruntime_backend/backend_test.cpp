@@ -344,7 +344,7 @@ TEST_F(Backend, SharesTensorsOfTheContext) {
     ASSERT_EQ(api().graphFinalize(graph, nullptr, nullptr), KIV_SUCCESS);
     Floats x(4, 5);
     Floats z(4);
-    Kiv_Tensor_t in = vectorTensor("x", KIV_TENSOR_TYPE_INPUT, size, &x);
+    Kiv_Tensor_t in = vectorTensor(nullptr, KIV_TENSOR_TYPE_INPUT, size, &x);
     in.v1.id = inputs[0].v1.id;
     output.v1.clientBuf = {z.data(), 16};
     ASSERT_EQ(api().graphExecute(graph, &in, 1, &output, 1, nullptr, nullptr),

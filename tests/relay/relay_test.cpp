@@ -165,6 +165,7 @@ TEST_F(RelayTest, HandlesComeAgain) {
   const Objects second = createObjects(api(), "second");
   ASSERT_EQ(first.context, second.context);
   ASSERT_NE(first.graph, second.graph);
+  EXPECT_EQ(countOf(modelText(), "contextCreate(backend_1"), 1u);
   api().graphFinalize(first.graph, nullptr, nullptr);
   EXPECT_EQ(answers(),
             "{\"not_recorded\": {\"after_call\": 7, \"function\": "
