@@ -104,18 +104,6 @@ TEST(Order, ForkInTheMidstOfCallsOfOtherThreads) {
   EXPECT_EQ(countOf(saver.modelText(), "Capability("), calls);
 }
 
-// Before the first call there is no recording to share: a client that goes into
-// the background records as any other.
-TEST(Order, ChildForkedBeforeTheFirstCallRecords) {
-  const SaverLibrary saver;
-  EXPECT_EQ(inChild([&] {
-              return static_cast<int>(saver.api().propertyHasCapability(1));
-            }),
-            0);
-  EXPECT_TRUE(hasOneFooter(saver.modelText()));
-  EXPECT_EQ(replayedCalls(saver.directory()).size(), 1U);
-}
-
 constexpr auto kNoLimit = static_cast<std::size_t>(-1);
 
 // What a client's log callback does with the next message.
