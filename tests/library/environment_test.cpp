@@ -111,6 +111,7 @@ TEST_F(Environment, WhatWillNotDoIsPassedOver) {
   for (const char* name : {"../a.c", "params.bin"}) {
     setEnvironment("KIV_SAVER_MODEL_FILE", name);
     EXPECT_EQ(record(), "r/params.bin r/saver_output.c ");
+    fs::remove_all(path("r"));
   }
 }
 
