@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -53,10 +54,12 @@ TEST(TracerOutput, IsToldOnceToBeIncomplete) {
 
 TEST(TracerOutput, OfThreadsIsWholeLinesWithHandlesOfTheirOwn) {
   constexpr std::size_t kThreads = 4;
-  constexpr std::size_t kCalls = 500;
+  constexpr std::size_t kCalls = 1000;
   const TracerRun run;
   const std::string name(300, 'x');
+  std::atomic<std::size_t> ready = 0;
   const auto work = [&] {
+    for (++ready; ready < kThreads;) std::this_thread::yield();
     Kiv_GraphHandle_t graph = nullptr;
     for (std::size_t i = 0; i < kCalls; ++i) {
       run.api().graphCreate(nullptr, name.c_str(), nullptr, &graph);
