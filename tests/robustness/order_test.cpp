@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <thread>
@@ -154,6 +155,30 @@ TEST(Order, CallbackExitsInTheMidstOfAWrite) {
     EXPECT_EQ(replayedCalls(saver.directory()).size(), 1U);
     EXPECT_EQ(bytesRead(saver.modelText()), saver.data().size());
   }
+}
+
+// A call that has begun is recorded whole before the end.
+TEST(Order, ExitWaitsForACallUnderWay) {
+  const SaverLibrary saver;
+  EXPECT_EQ(inChild([&] {
+              saver.api().logCreate(callback, KIV_LOG_LEVEL_WARN, nullptr);
+              static std::atomic<bool> isUnderWay = false;
+              onMessage = [] {
+                isUnderWay = true;
+                std::this_thread::sleep_for(std::chrono::milliseconds(200));
+              };
+              std::thread([&api = saver.api()] {
+                Kiv_ContextHandle_t context = nullptr;
+                api.contextCreate(nullptr, nullptr, nullptr, &context);
+                // Warned of before it is written.
+                api.contextFree(context, kUnknown);
+              }).detach();
+              while (!isUnderWay) std::this_thread::yield();
+              return 5;
+            }),
+            5);
+  EXPECT_TRUE(hasOneFooter(saver.modelText()));
+  EXPECT_EQ(replayedCalls(saver.directory()).size(), 2U);
 }
 
 // A call that never ends keeps the end waiting, but not forever.
