@@ -1,6 +1,6 @@
-#include <chrono>
-
 #include "platform/local_time.h"
+
+#include <chrono>
 
 namespace kiv::platform {
 
