@@ -33,6 +33,7 @@ Kiv_ErrorHandle_t give(void** handle, char& place) {
 }
 
 Kiv_ErrorHandle_t createTensor(void*, Kiv_Tensor_t* tensor) {
+  if (tensor == nullptr) return KIV_TENSOR_ERROR_INVALID_ARGUMENT;
   tensor->v1.id = nextTensorId--;
   return KIV_SUCCESS;
 }

@@ -185,6 +185,7 @@ TEST_F(RelayTest, ListsWhatOneOfBothRefuses) {
   // Refused by both: there is nothing to be said.
   EXPECT_EQ(api().graphFinalize(nullptr, nullptr, nullptr),
             KIV_GRAPH_ERROR_INVALID_TENSOR);
+  EXPECT_NE(api().tensorCreateGraphTensor(objects.graph, nullptr), KIV_SUCCESS);
   real().finalizeCode = KIV_SUCCESS;
   float value = 0;
   Kiv_Tensor_t odd = tensor("odd", value);
