@@ -18,7 +18,7 @@ using Sign = CallScan::Sign;
 constexpr std::size_t kMostSigns = 8;
 constexpr std::size_t kMostSplits = 64;
 
-// What does not fit is more than any file has.
+// The largest number stands for products beyond it.
 std::uint64_t product(std::uint64_t a, std::uint64_t b) {
   constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
   return a != 0 && b > kMost / a ? kMost : a * b;

@@ -58,7 +58,7 @@ struct CallScan {
   std::vector<TextStatement> texts;
   // The variables that later calls may use.
   std::vector<std::string_view> globals;
-  // What the first unknown statement lacks.
+  // The place where the first unknown statement fails, and what is missing.
   std::uint64_t failedAt = 0;
   std::string_view expected;
 
@@ -74,7 +74,7 @@ struct CallStart {
   std::uint64_t dataOffset;
 };
 
-// What does not fit is more than any file has.
+// The largest number stands for sums beyond it, which no file has.
 std::uint64_t sumOfSizes(std::uint64_t a, std::uint64_t b);
 
 class CallScanner {

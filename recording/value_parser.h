@@ -17,15 +17,15 @@ namespace kiv::recording {
 // A value of a statement, in the order of the text.
 struct Item {
   format::FieldKind kind = format::FieldKind::kFixed;
-  // Of the value in the record, the array or, for a call, of the argument.
+  // The value's place in the record or the array, or the argument's number.
   std::uint32_t offset = 0;
-  // What stands there, without quotes, casts, "&" and "(void*)"; a null pointer
+  // The value's text without quotes, casts, "&" and "(void*)"; a null pointer
   // for NULL.
   const char* begin = nullptr;
   const char* end = nullptr;
-  // Of the variable behind a reference.
+  // The type of the variable behind a reference.
   std::string_view type;
-  // Of the name before ".v1.id".
+  // The record's version, which stands before ".id".
   std::uint8_t version = 0;
 
   bool isNull() const { return begin == nullptr; }
@@ -77,7 +77,7 @@ class ValueParser : public Tokens {
             const char* end);
 
   ParsedStatement statement_;
-  // Of the last enumeration read.
+  // The last enumeration's value.
   std::uint32_t tag_ = 0;
 
  private:
