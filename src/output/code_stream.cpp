@@ -1,7 +1,6 @@
 #include "output/code_stream.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "KivTypes.h"

@@ -1,6 +1,6 @@
-# What shell tests begin with, behind `set -euo pipefail` and their arguments,
-# whose paths are absolute: a directory of their own as the current one, which
-# goes when they end, and how they fail.
+# The beginning of a shell test, which sources it behind `set -euo pipefail` and
+# its arguments; paths among these are absolute. The test gets a directory of its
+# own as the current one, removed when it ends, and the function fail.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"

@@ -5,7 +5,7 @@
 
 namespace kiv::tool {
 
-// What the command's exit status says.
+// The command's exit status.
 enum ExitStatus {
   kDone = 0,        // done, or equal
   kDiffers = 1,     // differs, or failed
@@ -14,8 +14,8 @@ enum ExitStatus {
 
 // The command kiv-recording, apart from its program so that this is compiled
 // without the libraries that the verbs use. `arguments` are in UTF-8, without
-// the program's name. Returns the exit status, and throws a std::exception for
-// what no verb expects. From the main thread.
+// the program's name. Returns the exit status. Throws a std::exception for a
+// failure that no verb handles. From the main thread.
 int runCommand(const std::vector<std::string>& arguments);
 
 }  // namespace kiv::tool

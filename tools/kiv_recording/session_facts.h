@@ -11,7 +11,7 @@
 
 namespace kiv::tool {
 
-// What a recording holds, in numbers and names. Sizes are in bytes.
+// The contents of a recording in numbers and names. Sizes are in bytes.
 struct SessionFacts {
   struct Tensor {
     std::string name;
