@@ -6,27 +6,19 @@
 
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 
 #include "arrays/npy.h"
 #include "external_data.h"
 #include "files.h"
+#include "support/files.h"
 #include "texts.h"
 
 namespace onnx_client {
 namespace {
 
-namespace fs = std::filesystem;
-
 class InputFiles : public testing::Test {
  protected:
-  void SetUp() override {
-    directory_ = fs::path(testing::TempDir()) / "onnx_client_input_files";
-    fs::create_directories(directory_);
-  }
-  void TearDown() override { fs::remove_all(directory_); }
-
-  std::string path(const char* name) const { return directory_ / name; }
+  std::string path(const char* name) const { return directory_.path() / name; }
 
   // Two pixels, red and half transparent black, as a person would draw them.
   std::string png() const {
@@ -79,7 +71,7 @@ class InputFiles : public testing::Test {
     return values;
   }
 
-  fs::path directory_;
+  kiv::test::TempDirectory directory_;
 };
 
 TEST_F(InputFiles, BelongToTheInputsThatTheyName) {
@@ -165,12 +157,13 @@ TEST_F(InputFiles, DataBesideTheNetworkIsReadAndNoOther) {
             location + "' } external_data { key: 'offset' value: '" + offset +
             "' } external_data { key: 'length' value: '4' } }",
         *model.mutable_graph());
-    readExternalData(model, directory_);
+    readExternalData(model, directory_.path());
     return model.graph().initializer(0).raw_data();
   };
   EXPECT_EQ(read("data.bin", "2"), std::string("\0\0\x80\x3f", 4));
   for (const std::string& location :
-       {std::string("../") + directory_.filename().string() + "/data.bin",
+       {std::string("../") + directory_.path().filename().string() +
+            "/data.bin",
         path("data.bin"), std::string(), std::string("none")})
     EXPECT_NE(errorOf([&] { read(location, "2"); }), "") << location;
   EXPECT_NE(errorOf([&] { read("data.bin", "3"); }).find("too short"),
