@@ -9,6 +9,7 @@
 #include <system_error>
 #include <vector>
 
+#include "kiv_recording/program_text.h"
 #include "kiv_recording/recordings.h"
 #include "kiv_recording/relay_answers.h"
 #include "kiv_recording/relay_report.h"
