@@ -148,7 +148,7 @@ void RandomRecords::fill(Kiv_Tensor_t& tensor) {
   v1.dataFormat = source_.oneIn(4) ? border() : 0;
   setData(v1);
   // Sizes and flags have one count.
-  v1.rank = source_.below(6);
+  v1.rank = source_.below(12);
   if (!source_.oneIn(4))
     v1.dimensions = static_cast<std::uint32_t*>(bytes(4UL * v1.rank));
   if (source_.oneIn(4))

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <sstream>
 
 #include "library/started_session.h"
 
@@ -18,16 +19,18 @@ TEST(LargeData, CallsAreAddedBehindFiveGiB) {
   ASSERT_EQ(saver.initialize({filesOption("saver_output.c", "params.bin"),
                               headerOption(false)}),
             0U);
-  for (const char* bytes : {"abc", "def"})
-    EXPECT_EQ(
-        saver.api().contextValidateBinary(nullptr, nullptr, nullptr, bytes, 3),
-        0U);
-  EXPECT_EQ(std::filesystem::file_size(saver.dataPath()), kBefore + 6);
+  std::string block(1'000'001, '\0');
+  for (std::size_t i = 0; i < block.size(); ++i)
+    block[i] = static_cast<char>(i * i >> 8);
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ(saver.api().contextValidateBinary(nullptr, nullptr, nullptr,
+                                                block.data(), block.size()),
+              0U);
   std::ifstream data(saver.dataPath(), std::ios::binary);
   data.seekg(kBefore);
-  std::string added;
-  data >> added;
-  EXPECT_EQ(added, "abcdef");
+  std::ostringstream added;
+  added << data.rdbuf();
+  EXPECT_TRUE(std::move(added).str() == block + block);
 }
 
 // More than 2 GiB at once, into the null device, which reads nothing: the
