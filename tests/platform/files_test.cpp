@@ -35,14 +35,6 @@ class Files : public testing::Test {
   const test::TempDirectory temp_;
 };
 
-TEST_F(Files, BytesAreThereAtOnceAsTheyWereWritten) {
-  const Stream stream = open(OpenMode::kTruncate);
-  ASSERT_NE(stream, nullptr);
-  write(stream, "one\ntwo\r\n\x1A");
-  EXPECT_EQ(content(), "one\ntwo\r\n\x1A");
-  EXPECT_EQ(sizeOf(stream), 10U);
-}
-
 TEST_F(Files, OneRecorderHasTheFileAndOthersMayUseIt) {
   test::writeFile(path("file"), "earlier");
   Stream first = open(OpenMode::kTruncate);
