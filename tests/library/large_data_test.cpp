@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "library/started_session.h"
+#include "support/sanitized.h"
 
 namespace kiv::test {
 namespace {
@@ -36,7 +37,7 @@ TEST(LargeData, CallsAreAddedBehindFiveGiB) {
 // More than 2 GiB at once, into the null device, which reads nothing: the
 // memory need not be there.
 TEST(LargeData, OneCallMayBringMoreThanTwoGiB) {
-  if (KIV_IS_SANITIZED) GTEST_SKIP() << "sanitizers read all that is written";
+  if (kIsSanitized) GTEST_SKIP() << "sanitizers read all that is written";
   constexpr std::size_t kSize = (std::size_t{2} << 30) + 5;
   const std::unique_ptr<void, decltype(&std::free)> bytes(std::calloc(kSize, 1),
                                                           std::free);

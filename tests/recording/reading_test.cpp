@@ -4,6 +4,7 @@
 
 #include "recording/recording.h"
 #include "support/files.h"
+#include "support/sanitized.h"
 
 namespace kiv::test {
 namespace {
@@ -106,8 +107,12 @@ TEST(RecordingReading, ReadsACutRecordingUpToItsLastWholeCall) {
   const std::size_t footer =
       golden().find("   if (logging) {\n", golden().find("backendFree"));
   const std::size_t closely = golden().find("contextGetBinarySize");
-  for (std::size_t size = 0;
-       size<footer; size += size> closely && size < closely + 4000 ? 1 : 61) {
+  constexpr std::size_t kFar = kIsSanitized ? 211 : 61;
+  constexpr std::size_t kNear = kIsSanitized ? 3 : 1;
+  const auto step = [closely](std::size_t size) {
+    return closely < size && size < closely + 4000 ? kNear : kFar;
+  };
+  for (std::size_t size = 0; size < footer; size += step(size)) {
     const auto recording = Recording::parse(golden().substr(0, size));
     ASSERT_EQ(recording->calls().size(), wholeCalls(golden().substr(0, size)))
         << size << " bytes\n"

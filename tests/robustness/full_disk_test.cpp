@@ -8,6 +8,7 @@
 
 #include "robustness/replayed_calls.h"
 #include "support/file_size_limit.h"
+#include "support/sanitized.h"
 
 // A disk that fills up costs the calls that did not fit, and no other.
 namespace kiv::test {
@@ -180,11 +181,11 @@ void limitAtEachSize(std::size_t ahead, std::size_t step) {
 }
 
 TEST(FullDisk, ModelFileIsFullAtEachByteOfASession) {
-  limitAtEachSize(0, kFewerRuns ? 97 : 1);
+  limitAtEachSize(0, kIsSanitized ? 97 : 1);
 }
 
 TEST(FullDisk, DataFileIsFullAtEachByteOfASession) {
-  limitAtEachSize(30'000, kFewerRuns ? 97 : 1);
+  limitAtEachSize(30'000, kIsSanitized ? 97 : 1);
 }
 
 // A tensor whose text cannot be written is there for the client, but nothing

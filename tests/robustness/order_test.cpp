@@ -13,6 +13,7 @@
 #include "robustness/in_child.h"
 #include "robustness/replayed_calls.h"
 #include "support/file_size_limit.h"
+#include "support/sanitized.h"
 
 // Things in an order that nobody expects.
 namespace kiv::test {
@@ -93,7 +94,7 @@ TEST(Order, ForkInTheMidstOfCallsOfOtherThreads) {
     });
   }
   while (calls < 100) std::this_thread::yield();
-  for (int i = 0; i < (kFewerRuns ? 4 : 20); ++i)
+  for (int i = 0; i < (kIsSanitized ? 4 : 20); ++i)
     EXPECT_EQ(inChild([&] {
                 return saver.api().propertyHasCapability(2) == 4000 ? 0 : 1;
               }),

@@ -13,13 +13,6 @@ namespace kiv::test {
 
 using Lines = std::vector<std::string>;
 
-// Under sanitizers, where everything takes longer, a test does less.
-#ifdef KIV_FEWER_RUNS
-inline constexpr bool kFewerRuns = true;
-#else
-inline constexpr bool kFewerRuns = false;
-#endif
-
 // How a whole model file ends.
 inline constexpr const char* kFooterEnd = "0 : error;\n}\n";
 

@@ -12,6 +12,7 @@
 
 #include "robustness/in_child.h"
 #include "robustness/replayed_calls.h"
+#include "support/sanitized.h"
 
 // Many threads record at once.
 namespace kiv::test {
@@ -19,7 +20,7 @@ namespace {
 
 constexpr int kThreads = 16;
 constexpr int kSharing = 8;  // of these, in one context
-constexpr int kRounds = kFewerRuns ? 6 : 25;
+constexpr int kRounds = kIsSanitized ? 6 : 25;
 
 void ignore(const char*, KivLog_Level_t, uint64_t, va_list) {}
 
@@ -276,7 +277,7 @@ TEST(Threads, TheLastOfTwoReferencesEndsTheRecording) {
 
 // A client ends while its threads go on calling, and one logs.
 TEST(Threads, ExitInTheMidstOfCallsOfOtherThreadsEndsTheRecording) {
-  constexpr int kCallers = kFewerRuns ? 16 : 64;
+  constexpr int kCallers = kIsSanitized ? 16 : 64;
   const SaverLibrary saver;
   EXPECT_EQ(inChild([&] {
               static std::atomic<int> calls = 0;
