@@ -14,8 +14,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Optimising at link time, gcc 12 cannot read the parts again into which it
-# divides a program at -O0.
+# At -O0 gcc 12 cannot read the parts again into which it divides a program that
+# is optimised at link time.
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-static -flto-partition=none")
 endforeach()

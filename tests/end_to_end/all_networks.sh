@@ -14,7 +14,7 @@ build=$(cd "${1:-$here/../../build/release}" && pwd)
 networks=${2:-/usr/share/libonnx-testdata}
 export here build
 export KIV_RECORDING=$build/bin/kiv-recording
-export KIV_RECORD_AGAIN=$build/tests/recording/record_again
+export KIV_RECORD_AGAIN=$build/tests/end_to_end/record_again
 
 compare() { # NETWORK
   bash "$here/compare_calls.sh" \
